@@ -1,0 +1,43 @@
+# Bounds-checked functions: target `boundscheck`.
+#
+# An installed libboundscheck is recognised by a securec.h that defines EINVAL_AND_RESET. The function names alone tell
+# nothing: another library has the same names and other results. Otherwise the bundled module gives the same results.
+
+set(boundscheck_installed FALSE)
+if(NOT UVEL_BOUNDSCHECK STREQUAL "bundled")
+    find_path(BOUNDSCHECK_INCLUDE_DIR securec.h)
+    find_library(BOUNDSCHECK_LIBRARY boundscheck)
+    mark_as_advanced(BOUNDSCHECK_INCLUDE_DIR BOUNDSCHECK_LIBRARY)
+    if(BOUNDSCHECK_INCLUDE_DIR AND BOUNDSCHECK_LIBRARY)
+        file(STRINGS ${BOUNDSCHECK_INCLUDE_DIR}/securec.h marker REGEX "define +EINVAL_AND_RESET")
+        if(marker)
+            set(boundscheck_installed TRUE)
+        endif()
+    endif()
+    if(UVEL_BOUNDSCHECK STREQUAL "installed" AND NOT boundscheck_installed)
+        message(FATAL_ERROR "UVEL_BOUNDSCHECK=installed, but no libboundscheck was found")
+    endif()
+endif()
+
+if(boundscheck_installed)
+    add_library(boundscheck INTERFACE)
+    target_include_directories(boundscheck SYSTEM INTERFACE ${BOUNDSCHECK_INCLUDE_DIR})
+    target_link_libraries(boundscheck INTERFACE ${BOUNDSCHECK_LIBRARY})
+    add_library(boundscheck_shared ALIAS boundscheck)
+    message(STATUS "Bounds-checked functions: ${BOUNDSCHECK_LIBRARY}")
+else()
+    file(GLOB boundscheck_sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/boundscheck/*.cpp)
+    add_library(boundscheck STATIC ${boundscheck_sources})
+    target_include_directories(boundscheck PUBLIC ${CMAKE_CURRENT_SOURCE_DIR}/boundscheck/include)
+    target_compile_options(boundscheck PRIVATE -fno-exceptions -fno-rtti)
+    target_link_libraries(boundscheck PRIVATE uvel_build_options)
+    if(UVEL_BUILD_TESTS)
+        # for tests that stand between the library and these functions
+        add_library(boundscheck_shared SHARED ${boundscheck_sources})
+        target_include_directories(boundscheck_shared PUBLIC ${CMAKE_CURRENT_SOURCE_DIR}/boundscheck/include)
+        set_target_properties(boundscheck_shared PROPERTIES CXX_VISIBILITY_PRESET default)
+        target_compile_options(boundscheck_shared PRIVATE -fno-exceptions -fno-rtti)
+        target_link_libraries(boundscheck_shared PRIVATE uvel_build_options)
+    endif()
+    message(STATUS "Bounds-checked functions: bundled")
+endif()

@@ -1,0 +1,23 @@
+# What every target of this project is compiled and linked with.
+
+add_library(uvel_build_options INTERFACE)
+target_compile_options(uvel_build_options INTERFACE
+    -Wall -Wextra -Wshadow -Wconversion -Werror -fno-semantic-interposition)
+target_link_options(uvel_build_options INTERFACE -Wl,-z,defs -Wl,-z,relro -Wl,-z,now)
+
+if(UVEL_SANITIZE)
+    target_compile_options(uvel_build_options INTERFACE
+        -fsanitize=${UVEL_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+    target_link_options(uvel_build_options INTERFACE -fsanitize=${UVEL_SANITIZE})
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+        # hooks are called through the type of their forwarder, which need not be their own
+        target_compile_options(uvel_build_options INTERFACE -fno-sanitize=function)
+        # clang leaves a shared library's sanitizer symbols to the executable
+        target_link_options(uvel_build_options INTERFACE -Wl,-z,undefs)
+    endif()
+endif()
+
+if(UVEL_COVERAGE)
+    target_compile_options(uvel_build_options INTERFACE --coverage -fprofile-update=atomic)
+    target_link_options(uvel_build_options INTERFACE --coverage)
+endif()

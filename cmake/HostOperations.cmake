@@ -1,0 +1,20 @@
+# The list of host operations, read from the host's headers: host_operations.inc has one HOST_OPERATION(name) a line,
+# host_operations.h includes all headers.
+
+function(uvel_list_host_operations out_dir)
+    set(includes "")
+    set(operations "")
+    foreach(header IN LISTS ARGN)
+        set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${header})
+        get_filename_component(name ${header} NAME)
+        string(APPEND includes "#include <uvelhost/${name}>\n")
+        file(STRINGS ${header} declarations REGEX "^UVELHOST_API .*[A-Za-z0-9_]+\\(")
+        foreach(declaration IN LISTS declarations)
+            string(REGEX MATCH "[A-Za-z0-9_]+\\(" call "${declaration}")
+            string(REPLACE "(" "" operation "${call}")
+            string(APPEND operations "HOST_OPERATION(${operation})\n")
+        endforeach()
+    endforeach()
+    file(CONFIGURE OUTPUT ${out_dir}/host_operations.h CONTENT "${includes}")
+    file(CONFIGURE OUTPUT ${out_dir}/host_operations.inc CONTENT "${operations}")
+endfunction()

@@ -1,0 +1,23 @@
+/* What the sources of the channel share. */
+#ifndef KIVO_CHI_CHANNEL_H
+#define KIVO_CHI_CHANNEL_H
+
+#include <uvelcommon_base/kivo_chi.h>
+
+namespace chi {
+
+inline constexpr char SOURCE[] = "src/common/src/smi/kivo_chi";
+
+inline constexpr uint32_t HEADER_HA = 48;
+inline constexpr uint32_t HEADER_HSB = 352;
+inline constexpr uint32_t HEADER_YSB = 48;
+
+/* First byte of a buffer's header, null for a socket buffer without data and a back type without buffers. */
+uint8_t *HeaderOf(uint32_t ulBackType, void *pBuffer);
+
+/* First byte of a buffer's payload, null in the same cases. Unlike CBUF_C2D it tells when there is none. */
+uint8_t *PayloadOf(uint32_t ulBackType, void *pBuffer);
+
+} // namespace chi
+
+#endif

@@ -1,0 +1,99 @@
+/* The sequential receiver: one message in progress per context, fragments in order. */
+
+#include "channel.h"
+
+#include <securec.h>
+#include <uvelcommon_base/kivo_chi_reassembly.h>
+#include <uvelhost/assert.h>
+
+using chi::SOURCE;
+
+static_assert(sizeof(CHI_RECV_CTX_S) == 24);
+
+/* Ends the message in progress. */
+static void Abandon(uint32_t ulBackType, CHI_RECV_CTX_S *pstContext) {
+    CBUF_Free(ulBackType, pstContext->pBuffer);
+    *pstContext = CHI_RECV_CTX_S{};
+}
+
+/* Copies the payload behind what came before. False when the copy would leave the announced length. */
+static bool Append(uint32_t ulBackType, const CHI_RECV_CTX_S *pstContext, const void *pPayload, uint32_t ulLen) {
+    uint8_t *pucMessage = chi::PayloadOf(ulBackType, pstContext->pBuffer);
+    if (pucMessage == nullptr)
+        return false;
+    if (memcpy_s(pucMessage + pstContext->ulReceived, pstContext->ulTotal - pstContext->ulReceived, pPayload, ulLen) !=
+        EOK) {
+        qal_assert(SOURCE, __LINE__);
+        return false;
+    }
+    return true;
+}
+
+/* A further fragment of the message in progress. */
+static uint32_t Continue(uint32_t ulBackType, CHI_RECV_CTX_S *pstContext, const CHI_MSG_INFO_S &stInfo,
+                         const void *pPayload, uint32_t ulLen, void **ppComplete) {
+    if (pstContext->ulFragment + 1 != stInfo.ulFragment || !Append(ulBackType, pstContext, pPayload, ulLen)) {
+        Abandon(ulBackType, pstContext);
+        return KIVO_FAIL;
+    }
+    if (static_cast<uint64_t>(pstContext->ulReceived) + ulLen < pstContext->ulTotal) {
+        pstContext->ulFragment = stInfo.ulFragment;
+        pstContext->ulReceived += ulLen;
+        return KIVO_OK;
+    }
+    *ppComplete = pstContext->pBuffer;
+    *pstContext = CHI_RECV_CTX_S{};
+    return KIVO_OK;
+}
+
+/* The first fragment of a message of several. Only YSB cuts messages: what others announce is refused, after the
+ * allocation that comes first for all. */
+static uint32_t Begin(uint32_t ulBackType, CHI_RECV_CTX_S *pstContext, const uint8_t *pucHeader,
+                      const CHI_MSG_INFO_S &stInfo, const void *pPayload, uint32_t ulLen) {
+    void *pMessage = nullptr;
+    if (CBUF_Alloc(ulBackType, &pMessage, stInfo.ulTotalLength) != KIVO_OK)
+        return KIVO_FAIL;
+    uint8_t *pucMessage = ulBackType == CHI_BACK_YSB ? chi::HeaderOf(ulBackType, pMessage) : nullptr;
+    if (pucMessage == nullptr) {
+        CBUF_Free(ulBackType, pMessage);
+        return KIVO_FAIL;
+    }
+    if (memcpy_s(pucMessage, chi::HEADER_YSB, pucHeader, chi::HEADER_YSB) != EOK)
+        qal_assert(SOURCE, __LINE__);
+    if (memcpy_s(pucMessage + chi::HEADER_YSB, stInfo.ulTotalLength, pPayload, ulLen) != EOK)
+        qal_assert(SOURCE, __LINE__);
+    *pstContext = CHI_RECV_CTX_S{pMessage, stInfo.ulMsgId, stInfo.ulFragment, ulLen, stInfo.ulTotalLength};
+    return KIVO_OK;
+}
+
+uint32_t CHI_RecvMsgForFrag(uint32_t ulBackType, CHI_RECV_CTX_S *pstContext, void *pBuffer, const void *pPayload,
+                            uint32_t ulLen, void **ppComplete) {
+    if (pBuffer == nullptr)
+        return KIVO_FAIL;
+    if (pPayload == nullptr || ppComplete == nullptr || pstContext == nullptr) {
+        qal_assert(SOURCE, __LINE__);
+        CBUF_Free(ulBackType, pBuffer);
+        return KIVO_FAIL;
+    }
+    CHI_MSG_INFO_S stInfo{};
+    const uint8_t *pucHeader = chi::HeaderOf(ulBackType, pBuffer);
+    if (CHI_GetMsgInfo(ulBackType, pBuffer, &stInfo) != KIVO_OK || pucHeader == nullptr) {
+        CBUF_Free(ulBackType, pBuffer);
+        return KIVO_FAIL;
+    }
+
+    uint32_t ulResult;
+    if (pstContext->pBuffer != nullptr && pstContext->ulMsgId == stInfo.ulMsgId) {
+        ulResult = Continue(ulBackType, pstContext, stInfo, pPayload, ulLen, ppComplete);
+    } else {
+        if (pstContext->pBuffer != nullptr)
+            Abandon(ulBackType, pstContext);
+        if (stInfo.ulTotalLength <= ulLen) {
+            *ppComplete = pBuffer; /* the message came whole */
+            return KIVO_OK;
+        }
+        ulResult = Begin(ulBackType, pstContext, pucHeader, stInfo, pPayload, ulLen);
+    }
+    CBUF_Free(ulBackType, pBuffer);
+    return ulResult;
+}

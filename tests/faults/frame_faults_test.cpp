@@ -1,0 +1,92 @@
+// Failing bounds-checked functions in the hook frame, the settings, the version texts and the arrays: each asserts, and
+// the operation goes on as it is meant to.
+
+#include "securec_faults.h"
+
+#include <uvelcommon_base/kivo_array.h>
+#include <uvelcommon_base/kivo_hook_interface.h>
+#include <uvelcommon_base/kivo_mem.h>
+#include <uvelcommon_base/kivo_settings.h>
+#include <uvelcommon_base/kivo_version.h>
+#include <uvelcommon_base/nac_log.h>
+
+namespace {
+
+const kit::Sources COMMON{"src/common/src/smi/kivo_common"};
+const kit::Sources VERSION{"src/common/src/smi/kivo_version"};
+const kit::Sources ADAPTFUNC{"src/common/src/smi/kivo_adaptfunc"};
+const std::string SRVCOMMON = "src/common/src/smi/kivo_srvcommon";
+
+TEST(FailingCopy, OfASlotTextAssertsAndAnswersZero) {
+    kit::PrintFault fault(kit::Variadic::SPRINTF_S);
+    char text[32] = "before";
+    EXPECT_EQ(0u, KIVO_GetStringByLogicSlotID(3, text, sizeof text));
+    EXPECT_EQ(ADAPTFUNC, kit::TakeAsserts());
+    EXPECT_STREQ("before", text);
+}
+
+TEST(FailingCopy, OfATemplateNameCountsTheTypeAllTheSame) {
+    KIVO_IF_TEMPLET_S templet{};
+    ASSERT_EQ(0u, KIVO_InitIfTemplet(&templet, 1));
+    kit::Op<strcpy_s>().FailsOn(1, 162);
+    EXPECT_EQ(0u, KIVO_SetIfTemplet(&templet, 7, "eth", 1));
+    EXPECT_EQ(COMMON, kit::TakeAsserts());
+    EXPECT_EQ(1u, templet.ulCount);
+    EXPECT_EQ(7u, templet.pstEntries[0].ulIfType);
+    EXPECT_STREQ("", templet.pstEntries[0].pszName) << "the block was cleared before";
+    EXPECT_EQ(1u, KIVO_SetIfTemplet(&templet, 7, "other", 1)) << "the type is there";
+    EXPECT_EQ(COMMON, kit::TakeAsserts());
+    KIVO_MemFree(templet.pstEntries[0].pszName);
+    KIVO_MemFree(templet.pstEntries);
+}
+
+TEST(FailingPrint, OfAVersionAssertsAndTerminatesTheBuffer) {
+    kit::PrintFault fault(kit::Variadic::SNPRINTF_S);
+    char text[32];
+    std::fill(std::begin(text), std::end(text), 'x');
+    EXPECT_EQ(text, UVEL_TransVerNoToStr(1, text));
+    EXPECT_EQ(VERSION, kit::TakeAsserts());
+    EXPECT_EQ('x', text[30]);
+    EXPECT_EQ('\0', text[31]);
+}
+
+TEST(FailingCopy, WhileRemovingFromAnArrayAssertsEveryTimeAndGoesOn) {
+    const uint32_t before[] = {1, 2, 3, 4};
+    uint32_t array[] = {1, 2, 3, 4};
+    const uint32_t key = 1;
+    kit::Op<memcpy_s>().Returns(22);
+    EXPECT_EQ(0u, SRVAR_RemoveElmt(array, 4, 4, &key));
+    EXPECT_EQ(kit::Sources(3, SRVCOMMON), kit::TakeAsserts()) << "one for each element that was to move";
+    EXPECT_EQ(0u, array[3]) << "the last place is cleared all the same";
+    EXPECT_TRUE(std::equal(before, before + 3, array));
+}
+
+TEST(FailingClear, AfterRemovingFromAnArrayAsserts) {
+    uint32_t array[] = {1, 2};
+    const uint32_t first = 1;
+    kit::Op<memset_s>().Returns(34);
+    EXPECT_EQ(0u, SRVAR_RemoveElmt(array, 2, 4, &first));
+    EXPECT_EQ(kit::Sources{SRVCOMMON}, kit::TakeAsserts());
+    EXPECT_EQ(2u, array[0]);
+    EXPECT_EQ(2u, array[1]);
+}
+
+TEST(FailingCopies, OfASwapRemovalAssertOnceEach) {
+    uint32_t array[] = {1, 2, 3};
+    const uint32_t first = 1;
+    kit::Op<memcpy_s>().Returns(22);
+    kit::Op<memset_s>().Returns(22);
+    EXPECT_EQ(0u, SRVAR_RemoveElmt_Sw(array, 3, 4, &first));
+    EXPECT_EQ(kit::Sources(2, SRVCOMMON), kit::TakeAsserts());
+}
+
+TEST(FailingCopy, OfAnAppendedElementAsserts) {
+    uint32_t array[] = {1, 9};
+    const uint32_t element = 2;
+    kit::Op<memcpy_s>().FailsOn(1, 22);
+    SRVAR_InsertElmtIntail(array, 1, 4, &element);
+    EXPECT_EQ(kit::Sources{SRVCOMMON}, kit::TakeAsserts());
+    EXPECT_EQ(9u, array[1]);
+}
+
+} // namespace

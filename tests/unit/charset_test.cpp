@@ -131,10 +131,11 @@ TEST(CharacterTable, IsClearedBeforeItIsBuilt) {
 
 TEST(CharacterTable, IsNotBuiltAgainByACheck) {
     EXPECT_EQ(0u, SRV_InitCharSet());
-    const uint8_t before = g_pstUVELSrvCharSet[' '];
-    g_pstUVELSrvCharSet[' '] = 1;
+    uint8_t &blank = g_pstUVELSrvCharSet[32];
+    const uint8_t before = blank;
+    blank = 1;
     EXPECT_EQ(0u, Check("a b", 0));
-    g_pstUVELSrvCharSet[' '] = before;
+    blank = before;
     EXPECT_EQ(1u, Check("a b", 0));
 }
 

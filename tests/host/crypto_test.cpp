@@ -138,7 +138,7 @@ class PasswordCipher : public testing::Test {
 };
 
 TEST_F(PasswordCipher, OpensWhatItSealed) {
-    for (std::size_t length : {0, 1, 2, 14, 15, 16, 17, 31, 32, 63, 64, 100, 255, 1024, 4095, 4096}) {
+    for (std::size_t length : {0u, 1u, 2u, 14u, 15u, 16u, 17u, 31u, 32u, 63u, 64u, 100u, 255u, 1024u, 4095u, 4096u}) {
         std::string clear(length, '\0');
         for (std::size_t i = 0; i < length; ++i)
             clear[i] = static_cast<char>(i % 255 + 1);
@@ -275,7 +275,7 @@ TEST_F(PasswordCipher, RefusesASealedTextWithoutTerminator) {
 TEST_F(PasswordCipher, OpensTheOldFormat) {
     const Bytes key(32, 0x11);
     keys_.Put(key);
-    for (std::size_t length : {0, 1, 15, 16, 17, 4096}) {
+    for (std::size_t length : {0u, 1u, 15u, 16u, 17u, 4096u}) {
         const std::string clear(length, 'x');
         EXPECT_EQ(0u, Decrypt(OldText(clear, key, block_))) << length;
         EXPECT_EQ(clear, Opened());
@@ -504,19 +504,19 @@ TEST_F(KeyFile, IsNotMadeUnderANameThatIsTooLong) {
 }
 
 TEST_F(KeyFile, IsRefusedWhenOthersMayReachIt) {
-    for (mode_t mode : {0640, 0620, 0610, 0604, 0602, 0601, 0644, 0666, 0777, 04600, 02600}) {
+    for (mode_t mode : {0640u, 0620u, 0610u, 0604u, 0602u, 0601u, 0644u, 0666u, 0777u, 04600u, 02600u}) {
         keys_.Put(Bytes(32, 0x11), mode);
         InChild([&] { EXPECT_NE(std::string::npos, ComplaintOfBothWays().find("is too open")); });
         EXPECT_EQ(Bytes(32, 0x11), keys_.Key()) << "a refused file is left alone";
     }
-    for (mode_t mode : {0600, 0400}) {
+    for (mode_t mode : {0600u, 0400u}) {
         keys_.Put(Bytes(32, 0x11), mode);
         EXPECT_EQ(0u, Decrypt(SealedText(10, "secret", Bytes(32, 0x11), block_))) << mode;
     }
 }
 
 TEST_F(KeyFile, IsRefusedWithAnotherSize) {
-    for (std::size_t size : {0, 1, 31, 33, 64, 4096}) {
+    for (std::size_t size : {0u, 1u, 31u, 33u, 64u, 4096u}) {
         keys_.Put(Bytes(size, 0x11));
         InChild([&] { EXPECT_NE(std::string::npos, ComplaintOfBothWays().find("32 are expected")); });
         EXPECT_EQ(Bytes(size, 0x11), keys_.Key());

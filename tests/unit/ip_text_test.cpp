@@ -88,7 +88,7 @@ TEST(Ipv4FromText, OtherTextsDoNotReachTheHost) {
     for (unsigned c = 1; c < 256; ++c) {
         if (c == '.' || (c >= '0' && c <= '9'))
             continue;
-        for (const std::size_t at : {0, 3, 7}) {
+        for (const std::size_t at : {0U, 3U, 7U}) {
             std::string text = "10.1.2.3";
             text[at] = static_cast<char>(c);
             EXPECT_EQ(1u, SRV_StrToIpAddr(text.c_str(), &address)) << text;

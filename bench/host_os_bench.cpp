@@ -38,8 +38,8 @@ uint32_t MakeQueue(uint32_t depth) {
 
 /* ---- memory
 
-   Allocation and release of one block and of a hundred. The plain allocator is asked for as much as the host asks it for: a block and the host's 16 bytes in front. One more block
-   of the size lives all the time, as it does in a real process. */
+   Allocation and release of one block and of a hundred. The plain allocators are asked for as much as the host asks
+   for: a block and the host's 16 bytes in front. One more block of the size lives all the time, as in a real process. */
 
 /* The C library's allocator, also where another one has taken the place of malloc. */
 struct CLibrary {

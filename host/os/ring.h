@@ -29,8 +29,10 @@ class Ring {
     /* False when memory is short. */
     bool Open(uint32_t depth, uint32_t element_size);
 
+    /* False when it is full. */
     bool Write(const void *element);
-    /* Takes the oldest element if there is one. */
+
+    /* Takes the oldest element; false when there is none, or none came in time. */
     bool TryRead(void *element);
     bool Read(void *element, uint32_t timeout_ms);
 

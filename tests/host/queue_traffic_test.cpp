@@ -119,7 +119,7 @@ class Tokens {
  * element, put there after a write had returned, must be able to read without waiting. */
 TEST(HostQueue, AFreePlaceIsNeverRefusedAndACompleteElementNeverMissed) {
     constexpr uint32_t DEPTH = 3;
-    constexpr uint64_t EACH = 20000;
+    constexpr uint64_t EACH = 4000;
     NumberQueue queue(DEPTH);
     Tokens places(DEPTH), elements(0);
     std::atomic<uint64_t> wrongly_full{0}, wrongly_empty{0};

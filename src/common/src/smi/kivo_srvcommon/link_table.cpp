@@ -59,13 +59,16 @@ uint32_t SRVSTL_RemoveAllLink(SRVSTL_TBL_S *pstTbl, SRVSTL_FREE_FUNC pfFree) {
 }
 
 /* False where there is nothing to search, or nothing to search with. A link that was found may be null, so a search
- * tells by the result, never by the link, how it ended. */
+ * tells by the result, never by the link, how it ended. Works on a copy of the header, whose fields the compiler may
+ * then fetch all at once. */
 [[gnu::always_inline]] static inline bool Search(const SRVSTL_TBL_S *pstTbl, const void *pKey, SEARCH_END_S *pstEnd) {
-    if (pstTbl == nullptr || pstTbl->ulCount == 0 || pstTbl->pfCompare == nullptr)
+    if (pstTbl == nullptr)
         return false;
-    void *const *ppLinks = pstTbl->ppLinks;
-    *pstEnd = SortedSearch(
-        pstTbl->ulCount, [=](size_t ulIndex) -> const void * { return ppLinks[ulIndex]; }, pstTbl->pfCompare, pKey);
+    const SRVSTL_TBL_S stTbl = *pstTbl;
+    if (stTbl.ulCount == 0 || stTbl.pfCompare == nullptr)
+        return false;
+    const auto linkAt = [ppLinks = stTbl.ppLinks](size_t ulIndex) -> const void * { return ppLinks[ulIndex]; };
+    *pstEnd = SortedSearch(INDEXED_ITEMS_S{linkAt}, stTbl.ulCount, stTbl.pfCompare, pKey);
     return true;
 }
 

@@ -129,15 +129,26 @@ uint32_t SRVOT_RemoveAllElmt(SRVOT_TBL_S *pstTbl) {
     return KIVO_OK;
 }
 
-/* False where there is nothing to search, or nothing to search with. */
+/* Elements of size 0 all lie at one address; only their indexes tell them apart. */
+[[gnu::cold, gnu::noinline]] static SEARCH_END_S SearchSizeless(const SRVOT_TBL_S &stTbl, const void *pKey) {
+    const auto itemAt = [pElmts = stTbl.pElmts](size_t) -> const void * { return pElmts; };
+    return SortedSearch(INDEXED_ITEMS_S{itemAt}, stTbl.ulCount, stTbl.pfCompare, pKey);
+}
+
+/* False where there is nothing to search, or nothing to search with. Works on a copy of the header, whose fields the
+ * compiler may then fetch all at once. */
 [[gnu::always_inline]] static inline bool Search(const SRVOT_TBL_S *pstTbl, const void *pKey, SEARCH_END_S *pstEnd) {
-    if (pstTbl == nullptr || pstTbl->ulCount == 0 || pstTbl->pfCompare == nullptr)
+    if (pstTbl == nullptr)
         return false;
-    const auto *pucElmts = static_cast<const uint8_t *>(pstTbl->pElmts);
-    const size_t ulElmtSize = pstTbl->ulElmtSize;
-    *pstEnd = SortedSearch(
-        pstTbl->ulCount, [=](size_t ulIndex) -> const void * { return pucElmts + ulIndex * ulElmtSize; },
-        pstTbl->pfCompare, pKey);
+    const SRVOT_TBL_S stTbl = *pstTbl;
+    if (stTbl.ulCount == 0 || stTbl.pfCompare == nullptr)
+        return false;
+    if (stTbl.ulElmtSize == 0) {
+        *pstEnd = SearchSizeless(stTbl, pKey);
+        return true;
+    }
+    const RECORD_ARRAY_S stElmts = {static_cast<const uint8_t *>(stTbl.pElmts), stTbl.ulElmtSize};
+    *pstEnd = SortedSearch(stElmts, stTbl.ulCount, stTbl.pfCompare, pKey);
     return true;
 }
 

@@ -12,69 +12,109 @@ struct SEARCH_END_S {
     bool bMatch;
 };
 
-/* Moves to the half above (the item sorts before the key: lOrder is negative) or below. A predictor guesses wrong every
- * other time here, which costs more than all the rest of a probe. Compilers turn the plain expressions into a branch at
- * one optimization level or another, so the processor's own selection is spelled out where it is known. */
-static inline void SelectHalf(int32_t lOrder, const void *pAbove, const void *pBelow, size_t ulAbove, size_t ulBelow,
-                              const void **ppItem, size_t *pulIndex) {
-    const void *pItem = pAbove;
-    size_t ulIndex = ulAbove;
-#if defined(__x86_64__)
-    asm("testl %[order], %[order]\n\t"
-        "cmovns %[item_below], %[item]\n\t"
-        "cmovns %[index_below], %[index]"
-        : [item] "+r"(pItem), [index] "+r"(ulIndex)
-        : [order] "r"(lOrder), [item_below] "r"(pBelow), [index_below] "r"(ulBelow)
-        : "cc");
-#elif defined(__aarch64__)
-    asm("cmp %w[order], #0\n\t"
-        "csel %[item], %[item], %[item_below], lt\n\t"
-        "csel %[index], %[index], %[index_below], lt"
-        : [item] "+r"(pItem), [index] "+r"(ulIndex)
-        : [order] "r"(lOrder), [item_below] "r"(pBelow), [index_below] "r"(ulBelow)
-        : "cc");
-#else
-    pItem = lOrder < 0 ? pAbove : pBelow;
-    ulIndex = lOrder < 0 ? ulAbove : ulBelow;
-#endif
-    *ppItem = pItem;
-    *pulIndex = ulIndex;
-}
+/* An array of records of one size, not 0. A place in it is the address of a record. */
+struct RECORD_ARRAY_S {
+    using PLACE = const uint8_t *;
 
-/* Searches ulCount (at least 1) ascending items for pKey. itemAt gives the item at an index; pfCompare is as in
- * SRVOT_CMP_FUNC.
+    PLACE pFirst;
+    size_t ulSize;
+
+    PLACE At(size_t ulIndex) const { return pFirst + ulIndex * ulSize; }
+    PLACE Above(PLACE place, size_t ulSteps) const { return place + ulSteps * ulSize; }
+    PLACE Below(PLACE place, size_t ulSteps) const { return place - ulSteps * ulSize; }
+    static const void *Item(PLACE place) { return place; }
+    static bool IsSame(PLACE a, PLACE b) { return a == b; }
+
+    /* Exact, since both numbers and the quotient are whole and below 2^32, and several times as fast as the division of
+     * integers. */
+    uint32_t Index(PLACE place) const {
+        const double dOffset = static_cast<double>(place - pFirst);
+        return static_cast<uint32_t>(static_cast<int64_t>(dOffset / static_cast<double>(static_cast<int64_t>(ulSize))));
+    }
+
+    static PLACE Select(int32_t lOrder, PLACE above, PLACE below) {
+#if defined(__x86_64__)
+        asm("testl %1, %1\n\tcmovns %2, %0" : "+r"(above) : "r"(lOrder), "r"(below) : "cc");
+        return above;
+#elif defined(__aarch64__)
+        asm("cmp %w1, #0\n\tcsel %0, %0, %2, lt" : "+r"(above) : "r"(lOrder), "r"(below) : "cc");
+        return above;
+#else
+        return lOrder < 0 ? above : below;
+#endif
+    }
+};
+
+/* Items that are found by their index. A place is the index with the item there, so that a pointer on the way to the
+ * item is read before it is known whether the item will be the next probe. */
+template <typename ITEM_AT>
+struct INDEXED_ITEMS_S {
+    struct PLACE {
+        size_t ulIndex;
+        const void *pItem;
+    };
+
+    ITEM_AT itemAt;
+
+    PLACE At(size_t ulIndex) const { return {ulIndex, itemAt(ulIndex)}; }
+    PLACE Above(PLACE place, size_t ulSteps) const { return At(place.ulIndex + ulSteps); }
+    PLACE Below(PLACE place, size_t ulSteps) const { return At(place.ulIndex - ulSteps); }
+    static const void *Item(PLACE place) { return place.pItem; }
+    static bool IsSame(PLACE a, PLACE b) { return a.ulIndex == b.ulIndex; }
+    static uint32_t Index(PLACE place) { return static_cast<uint32_t>(place.ulIndex); }
+
+    static PLACE Select(int32_t lOrder, PLACE above, PLACE below) {
+#if defined(__x86_64__)
+        asm("testl %2, %2\n\tcmovns %3, %0\n\tcmovns %4, %1"
+            : "+r"(above.ulIndex), "+r"(above.pItem)
+            : "r"(lOrder), "r"(below.ulIndex), "r"(below.pItem)
+            : "cc");
+        return above;
+#elif defined(__aarch64__)
+        asm("cmp %w2, #0\n\tcsel %0, %0, %3, lt\n\tcsel %1, %1, %4, lt"
+            : "+&r"(above.ulIndex), "+&r"(above.pItem)
+            : "r"(lOrder), "r"(below.ulIndex), "r"(below.pItem)
+            : "cc");
+        return above;
+#else
+        return lOrder < 0 ? above : below;
+#endif
+    }
+};
+
+template <typename ITEM_AT>
+INDEXED_ITEMS_S(ITEM_AT) -> INDEXED_ITEMS_S<ITEM_AT>;
+
+/* Searches the ulCount (at least 1) ascending items of an array for pKey; pfCompare is as in SRVOT_CMP_FUNC.
  *
  * The probes are those of an interval [lo, hi) that begins as [0, count): the item at mid = (lo + hi) / 2 is compared;
  * a match ends the search, else hi = mid or lo = mid, and the search is over when mid stays the same. The interval is
- * kept as mid and its length here: mid is lo + length / 2, and the length becomes length / 2 below mid and
- * (length + 1) / 2 above it. So both possible next probes are known while the comparison still runs, and every index is
- * below the count whatever the comparison answers. */
-template <typename ITEM_AT, typename COMPARE>
-[[gnu::always_inline]] static inline SEARCH_END_S SortedSearch(uint32_t ulCount, ITEM_AT itemAt, COMPARE pfCompare,
+ * kept as mid and its length: mid is lo + length / 2, and the length becomes length / 2 below mid and (length + 1) / 2
+ * above it. So both possible next places are known, and on their way into the cache, while the comparison still runs,
+ * and every place is one of the array whatever the comparison answers.
+ *
+ * Select takes the place above for a negative order (the item sorts before the key), else the one below. A predictor
+ * guesses this wrong every other time, which costs more than all the rest of a probe. Compilers turn the plain
+ * expression into a branch at one optimization level or another, so the processor's own selection is spelled out. */
+template <typename ARRAY, typename COMPARE>
+[[gnu::always_inline]] static inline SEARCH_END_S SortedSearch(const ARRAY &array, uint32_t ulCount, COMPARE pfCompare,
                                                                const void *pKey) {
     size_t ulLen = ulCount;
-    size_t ulMid = ulLen / 2;
-    const void *pItem = itemAt(ulMid);
+    auto mid = array.At(ulLen / 2);
     while (true) {
-        const size_t ulAbove = ulMid + (ulLen + 1) / 4;
-        const size_t ulBelow = ulMid - (ulLen + 2) / 4;
-        const void *pAbove = itemAt(ulAbove);
-        const void *pBelow = itemAt(ulBelow);
-        __builtin_prefetch(pAbove);
-        __builtin_prefetch(pBelow);
+        const auto above = array.Above(mid, (ulLen + 1) / 4);
+        const auto below = array.Below(mid, (ulLen + 2) / 4);
+        __builtin_prefetch(array.Item(above));
+        __builtin_prefetch(array.Item(below));
 
-        const int32_t lOrder = pfCompare(pItem, pKey);
+        const int32_t lOrder = pfCompare(array.Item(mid), pKey);
         if (lOrder == 0)
-            return {pItem, static_cast<uint32_t>(ulMid), true};
-
-        const void *pNext = nullptr;
-        size_t ulNext = 0;
-        SelectHalf(lOrder, pAbove, pBelow, ulAbove, ulBelow, &pNext, &ulNext);
-        if (ulNext == ulMid)
-            return {pItem, static_cast<uint32_t>(ulMid), false};
+            return {array.Item(mid), array.Index(mid), true};
+        const auto next = array.Select(lOrder, above, below);
+        if (array.IsSame(next, mid))
+            return {array.Item(mid), array.Index(mid), false};
         ulLen = (ulLen + (static_cast<uint32_t>(lOrder) >> 31)) / 2;
-        ulMid = ulNext;
-        pItem = pNext;
+        mid = next;
     }
 }
 

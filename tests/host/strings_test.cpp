@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <gtest/gtest.h>
+#include <ostream>
 #include <string>
 
 TEST(HostStrings, LengthCountsTheBytesBeforeTheTerminator) {
@@ -36,6 +37,10 @@ struct NumberRow {
     uint32_t value;
     std::size_t read; /* characters that belong to the number, 0 when there is none */
 };
+
+void PrintTo(const NumberRow &row, std::ostream *out) {
+    *out << "base " << row.base;
+}
 
 /* By the rules of strtoul for an unsigned long of 32 bits. */
 constexpr NumberRow NUMBERS[] = {

@@ -18,10 +18,14 @@ typedef struct {
 UVELHOST_STATIC_ASSERT(sizeof(SYS_APP_INFO_S) == 192, "the platform's record");
 UVELHOST_STATIC_ASSERT(offsetof(SYS_APP_INFO_S, ulMid) == 0, "the module id comes first");
 
-/* Publishes the record for this process. The host keeps the pointer for the life of the process, reads the record now
- * and writes ulTaskId when it starts the task that serves the module, before that task's entry runs. Fails for null,
- * and for another record than the one published already. */
+/* Publishes the record for this process. The host keeps the pointer for the life of the process and writes ulTaskId
+ * when it starts the task that serves the module (SYS_StartApp), before that task's entry runs. Fails for null, and for
+ * another record than the one published already. */
 UVELHOST_API uint32_t SYS_RegAppInfo(SYS_APP_INFO_S *pstInfo);
+
+/* Starts the task that serves the module: QAL_CreateTask with the priority of the published record, whose ulTaskId
+ * receives the task's number. Fails when no record is published, and as QAL_CreateTask does. */
+UVELHOST_API uint32_t SYS_StartApp(const char *pszName, void (*pfEntry)(void));
 
 /* Makes this process the one that serves the module ulMid, as a component of the type ulComTypeId. Again with the same
  * type is a success. A failure leaves the process without its place in the system; the library raises a fatal error. */

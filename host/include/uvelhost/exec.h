@@ -12,4 +12,7 @@ UVELHOST_API uint32_t EXEC_GetCurrentUserId(void);
  * task's word of events (QAL_EventWrite). 0xFFFFFFFF when the process named none; writing to that fails. */
 UVELHOST_API uint32_t OXM_GetTaskFollowMe(void);
 
+/* Names that task, for the whole process; said by whoever brings the process up, before it starts the others. */
+UVELHOST_API void OXM_SetTaskFollowMe(uint32_t ulTask);
+
 #endif

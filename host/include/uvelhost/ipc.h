@@ -36,6 +36,9 @@ UVELHOST_API void *IPC_AllocMsg_X(uint32_t ulMid, uint32_t ulLen);
 /* Releases a message. 1 for null. */
 UVELHOST_API uint32_t IPC_FreeMsg(void *pMsg);
 
+/* Bytes of a message's body, as it was allocated or received; 0 for null. */
+UVELHOST_API uint32_t IPC_GetMsgLen(const void *pMsg);
+
 /* Stores the channels that the message comes from and goes to. Null is ignored. */
 UVELHOST_API void IPC_SetSrcAndDstChannelId(void *pMsg, uint32_t ulSrcChannel, uint32_t ulDstChannel);
 
@@ -56,6 +59,26 @@ UVELHOST_API uint32_t IPC_Create(uint32_t ulChannel, uint32_t ulMode, IPC_RECV_C
  * null function and for a module that is offered already; the library raises a fatal error then. Calls may arrive
  * before this returns. */
 UVELHOST_API uint32_t IPC_RPC_RegisterEx(uint32_t ulMid, uint32_t ulMode, uint32_t ulType, IPC_RPC_CB pfCall);
+
+/* ---- messages of the configuration database ---- */
+
+#define DBI_MAGIC 0x44424931U /* "DBI1" */
+#define DBI_VERSION 1U
+
+/* How such a message begins. What follows is the affair of its sender and of the product's database hook. */
+typedef struct {
+    uint32_t ulMagic;    /* DBI_MAGIC */
+    uint32_t ulVersion;  /* DBI_VERSION */
+    uint32_t ulLength;   /* bytes of the message, this header included */
+    uint32_t ulReserved; /* 0 */
+} DBI_MSG_HEAD_S;
+
+/* Reasons of DBI_CheckMsg. */
+#define DBI_NO_MESSAGE 1U    /* null */
+#define DBI_TOO_SHORT 2U     /* no room for the header */
+#define DBI_NOT_ITS_MAGIC 3U /* something else */
+#define DBI_OTHER_VERSION 4U
+#define DBI_OTHER_LENGTH 5U /* the header's length is not the message's */
 
 /* 0 when the message is a well-formed message of the configuration database, otherwise the reason, which goes back to a
  * caller as the result of its call. Null is malformed. The message is only read, and within its length. */

@@ -121,10 +121,12 @@ struct IPV6_PIECES_S {
 
 /* All words are taken apart at once: these compile to the vector instructions that every processor of a kind has. */
 typedef uint8_t BYTES_S __attribute__((vector_size(16)));
+typedef int8_t SIGNED_BYTES_S __attribute__((vector_size(16))); /* which compare faster on x86 */
 typedef uint16_t WORDS_S __attribute__((vector_size(16)));
 
 static inline BYTES_S HexDigits(BYTES_S stNibbles) {
-    return stNibbles + '0' + (static_cast<BYTES_S>(stNibbles > 9) & ('A' - '9' - 1));
+    const auto stLetters = reinterpret_cast<BYTES_S>(reinterpret_cast<SIGNED_BYTES_S>(stNibbles) > 9);
+    return stNibbles + '0' + (stLetters & ('A' - '9' - 1));
 }
 
 static inline uint32_t Sum(WORDS_S stWords) {

@@ -91,8 +91,10 @@ TEST(YangNewRootWithoutMemory, GivesNothingForABrokenTextAsEver) {
 
 TEST(YangReadersWithoutMemory, ReadTheWholeTextOrLeaveTheBufferAlone) {
     const XmlMemory memory;
-    const std::string text = std::string(3000, 'x') + "<b>" + std::string(3000, 'y') + "</b>z";
-    const std::string whole = std::string(3000, 'x') + std::string(3000, 'y') + "z";
+    const std::string first(3000, 'x');
+    const std::string second(3000, 'y');
+    const std::string text = first + "<b>" + second + "</b>z";
+    const std::string whole = first + second + "z";
     {
         const Tree tree("<r><a>" + text + "</a></r>");
         std::string buffer;

@@ -5,6 +5,7 @@
 #include <arpa/inet.h>
 #include <array>
 #include <cstdint>
+#include <iterator>
 #include <random>
 #include <stdexcept>
 #include <string>
@@ -90,16 +91,27 @@ void ForAllTexts(const std::string &alphabet, std::size_t length, F &&check) {
     }
 }
 
-/* A random text made of what IPv6 texts are made of: mostly nearly an address. */
+/* A random text made of what IPv6 texts are made of: mostly nearly an address. What spoils one is rare, or nearly none
+ * would be good. */
 inline std::string AnyText6(std::mt19937_64 &random) {
-    static constexpr const char *PIECES[] = {"1", "ab", "0", "FfFf", "0123", "12345", "", "0000", "1.2.3.4", "g"};
+    static constexpr const char *SPOILERS[] = {"12345", "", "0000000", "1.2.3.4", "g", "0fffff"};
+    static constexpr const char *TAILS[] = {"1.2.3.4",    "255.255.255.255", "0.0.0.0",
+                                            "01.2.3.004", "1.2.3",           "1.2.3.256"};
+    const auto group = [&random] {
+        if (random() % 16 == 0)
+            return std::string(SPOILERS[random() % std::size(SPOILERS)]);
+        std::string digits;
+        for (uint64_t size = 1 + random() % 4; digits.size() < size;)
+            digits += inet_reference::HEX_DIGITS[random() % 22];
+        return digits;
+    };
     std::string text = random() % 4 == 0 ? ":" : "";
-    const std::size_t pieces = random() % 4 == 0 ? 1 + random() % 10 : 7 + random() % 3;
-    for (std::size_t i = 0; i < pieces; ++i) {
-        /* Pieces that spoil a text are rare, or nearly none would be good. */
-        const std::size_t choice = random() % 16 == 0 ? random() % 10 : random() % 5;
-        text += i == 0 ? PIECES[choice] : std::string(":") + PIECES[choice];
-    }
+    const bool isDotted = random() % 6 == 0;
+    std::size_t groups = random() % 4 == 0 ? 1 + random() % 10 : 7 + random() % 3;
+    for (; groups > (isDotted ? 2U : 0U); --groups)
+        text += (random() % 16 == 0 ? "" : group()) + (groups > 1 ? ":" : "");
+    if (isDotted)
+        text += TAILS[random() % std::size(TAILS)];
     if (random() % 8 == 0)
         text += ':';
     if (random() % 4 == 0 && text.size() > 2)

@@ -165,11 +165,14 @@ TEST(InetNtop6, AddressesThatOnlyResembleThoseAreNot) {
     EXPECT_EQ("::FFFF:0:A01:203", Ntop6(Ip6("::ffff:0:a01:203")));
 }
 
-TEST(InetNtop6, IsTheCLibrarysTextInUpperCaseForEveryShapeOfZeros) {
+TEST(InetNtop6, IsTheCLibrarysTextAndReadsBackAsItWasForEveryShapeOfZeros) {
     for (const Packed6 &packed : AllZeroShapes()) {
         const std::string text = Ntop6(packed);
         EXPECT_EQ(UpperCase(Name(packed)), text);
         EXPECT_EQ(inet_reference::Write6(packed), text);
+        Packed6 back{};
+        EXPECT_EQ(1, kivo_inet_pton6(text.c_str(), back.data())) << text;
+        EXPECT_EQ(packed, back) << text;
     }
 }
 

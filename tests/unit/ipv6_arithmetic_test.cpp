@@ -179,6 +179,29 @@ uint32_t InSection(const char *address, const char *low, const char *high) {
     return SRV_IPv6AddrInSection(Ip6(address).data(), Ip6(low).data(), Ip6(high).data());
 }
 
+Number AnyNumber(std::mt19937_64 &random) {
+    return Number{random()} << 64 | random();
+}
+
+TEST(Ipv6Arithmetic, IsThatOfIntegersOf128Bits) {
+    std::mt19937_64 random(SEED);
+    for (unsigned i = 0; i < MILLION / 5; ++i) {
+        const Number a = AnyNumber(random);
+        /* Any other number, or one that has the first bits of `a`, up to all of them. */
+        const Number b = random() % 4 == 0 ? AnyNumber(random) : a ^ (AnyNumber(random) >> (random() % 128));
+        const Packed6 packedA = PackedOf(a);
+        const Packed6 packedB = PackedOf(b);
+        ASSERT_EQ(PackedOf(a + b), Of<SRV_IPv6Addr_ADD>(packedA, packedB)) << "seed " << SEED;
+        ASSERT_EQ(PackedOf(a - b), Of<SRV_IPv6Addr_SUB>(packedA, packedB)) << "seed " << SEED;
+        ASSERT_EQ(PackedOf(a + 1), InPlace<SRV_GetNextIPv6Addr>(packedA)) << "seed " << SEED;
+        ASSERT_EQ(PackedOf(a - 1), InPlace<SRV_GetPreIPv6Addr>(packedA)) << "seed " << SEED;
+        ASSERT_EQ(a > b ? 1 : a < b ? BELOW : 0, SRV_CompareIPv6Addr(packedA.data(), packedB.data())) << SEED;
+        const Number distance = a > b ? a - b : b - a;
+        const int32_t size = a >> 24 == b >> 24 ? static_cast<int32_t>(distance) : 0x00FFFFFF;
+        ASSERT_EQ(a >= b ? size : -size, SRV_IPv6AddrDiff(packedA.data(), packedB.data())) << "seed " << SEED;
+    }
+}
+
 TEST(Ipv6Section, HoldsBothEnds) {
     EXPECT_EQ(0u, InSection("2001:db8::10", "2001:db8::10", "2001:db8::20"));
     EXPECT_EQ(0u, InSection("2001:db8::18", "2001:db8::10", "2001:db8::20"));

@@ -181,6 +181,23 @@ TEST(Ipv6PrefixMatch, NeedsEqualLengths) {
     EXPECT_EQ(1u, SRV_IPv6PrefixMatch(a.data(), 0, Ip6("ffff::").data(), 0));
 }
 
+TEST(Ipv6PrefixMatch, IsDecidedByTheFirstBitsForEveryLength) {
+    std::mt19937_64 random(SEED);
+    for (unsigned length = 0; length <= 128; ++length) {
+        const auto bits = static_cast<uint8_t>(length);
+        const Packed6 a = AnyPacked6(random);
+        const Packed6 behind = PackedOf(NumberOf(a) ^ (NumberOf(AnyPacked6(random)) & ~MaskNumber(length)));
+        EXPECT_EQ(1u, SRV_IPv6PrefixMatch(a.data(), bits, behind.data(), bits)) << length;
+        EXPECT_EQ(1u, SRV_IPv6AddrInPrefix(a.data(), behind.data(), length)) << length;
+        for (unsigned bit = 1; bit <= 128; ++bit) {
+            const Packed6 b = PackedOf(NumberOf(a) ^ BitNumber(bit));
+            const uint32_t expected = bit > length ? 1 : 0;
+            ASSERT_EQ(expected, SRV_IPv6PrefixMatch(a.data(), bits, b.data(), bits)) << length << ", " << bit;
+            ASSERT_EQ(expected, SRV_IPv6AddrInPrefix(a.data(), b.data(), length)) << length << ", " << bit;
+        }
+    }
+}
+
 TEST(Ipv6PrefixMatch, NothingMatchesAMissingAddress) {
     const Packed6 a = Ip6("2001:db8::1");
     EXPECT_EQ(0u, SRV_IPv6PrefixMatch(nullptr, 64, a.data(), 64));

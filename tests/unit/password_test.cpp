@@ -493,6 +493,29 @@ TEST_F(PasswordOnThisHost, UnderAnotherKeyIsRefusedOrTakenAsClear) {
     EXPECT_STRNE("$uvp10$hi", taken.cipher);
 }
 
+TEST_F(PasswordOnThisHost, ThatWasCutOrChangedIsRefusedInEveryFormat) {
+    const Bytes key(32, 0x11);
+    keys_.Put(key);
+    for (const std::string &whole : {OldText("secret", key, block_), SealedText(10, "secret", key, block_),
+                                     SealedText(11, "secret", key, block_)}) {
+        Record stored(whole);
+        ASSERT_EQ(0u, stored.Convert()) << whole;
+        std::vector<std::string> spoilt;
+        for (std::size_t size = 7; size < whole.size(); ++size)
+            spoilt.push_back(whole.substr(0, size));
+        for (std::size_t at = 7; at < whole.size(); ++at) {
+            spoilt.push_back(whole);
+            spoilt.back()[at] = whole[at] == 'A' ? 'B' : 'A';
+        }
+        for (const std::string &text : spoilt) {
+            Record refused(text);
+            EXPECT_EQ(1u, refused.Convert()) << text;
+            EXPECT_STREQ("", refused.clear) << text;
+            EXPECT_TRUE(refused.CipherIsUntouched()) << text;
+        }
+    }
+}
+
 TEST_F(PasswordOnThisHost, WithAnotherParameterBlockIsRefused) {
     Record typed("secret");
     ASSERT_EQ(0u, typed.Convert());

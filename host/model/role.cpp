@@ -1,5 +1,4 @@
-/* Role of the board, and what tasks work for. */
-#include <uvelhost/exec.h>
+/* Role of the board. */
 #include <uvelhost/ha.h>
 #include <uvelhost/model.h>
 
@@ -25,8 +24,6 @@ static_assert(sizeof(Role) == sizeof(uint64_t));
 
 constinit std::atomic<Role> g_role = Role{NO_BOARD, NO_BOARD, HA_BOARD_MASTER, HA_STATE_ALONE, 0, 0};
 static_assert(std::atomic<Role>::is_always_lock_free);
-
-constinit std::atomic<uint32_t> g_follow_me = UVELHOST_NONE;
 
 bool IsBoard(uint32_t board) {
     return board < NO_BOARD || board == UVELHOST_NONE;
@@ -75,12 +72,4 @@ void MDL_GetHa(MDL_HA_S *pstHa) {
     const auto board = [](uint16_t number) { return number == NO_BOARD ? UVELHOST_NONE : number; };
     const Role role = g_role.load(std::memory_order_acquire);
     *pstHa = {role.type, board(role.master), board(role.slave), role.state, role.slave_ready};
-}
-
-uint32_t OXM_GetTaskFollowMe(void) {
-    return g_follow_me.load(std::memory_order_acquire);
-}
-
-void MDL_SetTaskFollowMe(uint32_t ulTask) {
-    g_follow_me.store(ulTask, std::memory_order_release);
 }

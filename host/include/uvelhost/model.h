@@ -292,9 +292,6 @@ UVELHOST_API void MDL_GetHa(MDL_HA_S *pstHa);
 UVELHOST_API void MDL_SetThreadUser(uint32_t ulUserId);
 UVELHOST_API void MDL_SetThreadVsys(uint32_t ulVsysId);
 
-/* Task that OXM_GetTaskFollowMe names, for the process. */
-UVELHOST_API void MDL_SetTaskFollowMe(uint32_t ulTask);
-
 /* Chinese text that the module ulMid registered for pszText (cli.h), or null. */
 UVELHOST_API const char *MDL_GetChinese(uint32_t ulMid, const char *pszText);
 

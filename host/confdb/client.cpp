@@ -1,0 +1,128 @@
+/* The operations of the subscription client, and of watches: connections by handle and by descriptor. */
+#include <uvelhost/confdb.h>
+#include <uvelhost/confdb_writer.h>
+
+#include <memory>
+#include <mutex>
+#include <shared_mutex>
+#include <unordered_map>
+
+#include "confdb/connection.h"
+#include "confdb/last_error.h"
+#include "confdb/record.h"
+#include "crypto/report.h"
+
+using namespace uvel::host;
+using namespace uvel::host::confdb;
+
+struct DB_CONN {
+    std::unique_ptr<Connection> connection;
+    std::atomic<uint32_t> subscriptions{0};
+};
+
+struct DB_WATCH {
+    std::unique_ptr<Connection> connection;
+};
+
+namespace {
+
+/* Connections by descriptor. A connection is never closed, so what was found stays valid. Never destroyed either: tasks
+ * may run while the process ends. */
+class Registry {
+  public:
+    void Add(Connection &connection) {
+        std::unique_lock lock(mutex_);
+        connections_.emplace(connection.Descriptor(), &connection);
+    }
+    Connection *Find(int descriptor) {
+        std::shared_lock lock(mutex_);
+        const auto found = connections_.find(descriptor);
+        return found == connections_.end() ? nullptr : found->second;
+    }
+
+  private:
+    std::shared_mutex mutex_;
+    std::unordered_map<int, Connection *> connections_;
+};
+
+Registry &TheRegistry() {
+    static auto *registry = new Registry;
+    return *registry;
+}
+
+} // namespace
+
+uint32_t db_create_sub_connect(const DB_CONN_DESC_S *pstDesc, DB_CONNECT_CB pfConnect, DB_CONN_S **ppstConn) {
+    if (pstDesc == nullptr || pstDesc->pszEndpoint == nullptr || pfConnect == nullptr || ppstConn == nullptr)
+        return 1;
+    const char *client = pstDesc->pszClient == nullptr ? "" : pstDesc->pszClient;
+    try {
+        auto made = std::make_unique<DB_CONN>();
+        made->connection = OpenConnection(ParseEndpoint(pstDesc->pszEndpoint), client);
+        TheRegistry().Add(*made->connection);
+        *ppstConn = made.release();
+    } catch (const std::exception &error) {
+        ReportText("configuration database of %s: %s", client, error.what());
+        return 1;
+    }
+    pfConnect((*ppstConn)->connection->Descriptor(), 0);
+    return UVELHOST_OK;
+}
+
+uint32_t db_sub_kv_with_conn(DB_CONN_S *pstConn, const char *pszTable, const DB_SUB_DESC_S *pstDesc,
+                             uint32_t *pulSubId) {
+    if (pstConn == nullptr || pstDesc == nullptr || pstDesc->pfCallback == nullptr || pulSubId == nullptr)
+        return 1;
+    try {
+        auto subscription = std::make_unique<Subscription>(
+            Subscription::Wish{CheckedTable(pszTable), pstDesc->ulChangeMask, pstDesc->ucFromStart != 0},
+            [callback = pstDesc->pfCallback](const Item &item, uint32_t change) {
+                const DB_KV_S kv = KeyAndValueOf(item, change);
+                callback(&kv);
+            });
+        pstConn->connection->Add(std::move(subscription));
+    } catch (const std::exception &) {
+        return 1;
+    }
+    *pulSubId = pstConn->subscriptions.fetch_add(1) + 1;
+    return UVELHOST_OK;
+}
+
+uint32_t db_handle_event(int32_t lFd) {
+    Connection *connection = TheRegistry().Find(lFd);
+    return connection != nullptr && connection->Handle() ? UVELHOST_OK : 1;
+}
+
+uint32_t db_watch_open(const char *pszEndpoint, const char *pszTable, DB_RECORD_CB pfRecord, void *pContext,
+                       DB_WATCH_S **ppstWatch) {
+    return Guarded([&] {
+        if (pszEndpoint == nullptr || pfRecord == nullptr || ppstWatch == nullptr)
+            throw StoreError("an endpoint, a callback and room for the result are needed");
+        auto watch = std::make_unique<DB_WATCH>();
+        watch->connection = OpenConnection(ParseEndpoint(pszEndpoint), "a watch");
+        watch->connection->Add(std::make_unique<Subscription>(
+            Subscription::Wish{pszTable == nullptr ? "" : CheckedTable(pszTable), DB_CHANGE_ALL, true},
+            [=](const Item &item, uint32_t change) {
+                const DB_RECORD_S record = RecordOf(item, change);
+                pfRecord(pContext, &record);
+            }));
+        *ppstWatch = watch.release();
+        return DB_OK;
+    });
+}
+
+int32_t db_watch_descriptor(const DB_WATCH_S *pstWatch) {
+    return pstWatch == nullptr ? -1 : pstWatch->connection->Descriptor();
+}
+
+uint32_t db_watch_handle(DB_WATCH_S *pstWatch) {
+    return Guarded([&] {
+        if (pstWatch == nullptr || !pstWatch->connection->Handle())
+            throw StoreError("no watch, or it is being handled already");
+        return DB_OK;
+    });
+}
+
+void db_watch_close(DB_WATCH_S *pstWatch) {
+    delete pstWatch;
+}

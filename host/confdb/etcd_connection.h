@@ -1,0 +1,46 @@
+/* Subscriptions to an etcd cluster. */
+#ifndef UVEL_HOST_CONFDB_ETCD_CONNECTION_H
+#define UVEL_HOST_CONFDB_ETCD_CONNECTION_H
+
+#include <vector>
+
+#include "confdb/connection.h"
+#include "confdb/etcd_stream.h"
+#include "confdb/http.h"
+
+namespace uvel::host::confdb {
+
+/* Talks to one node at a time; each subscription has a stream of its own from there. A node that refuses, fails or is
+ * silent is left for the next one, and each stream goes on where its subscription stands. Silence is found by asking
+ * the node something every second, which it can answer only with the majority behind it. */
+class EtcdConnection : public Connection {
+  public:
+    EtcdConnection(const EtcdEndpoint &endpoint, const std::string &client);
+    ~EtcdConnection() override;
+
+  private:
+    void Begin(Subscription &subscription) override;
+    void OnReady(int descriptor, uint32_t events) override;
+    void OnFailure(const std::string &reason) override;
+
+    const std::string &Node() const { return endpoint_.urls[node_]; }
+    void StartStreams();
+    void AskNode();
+    void TakeAnswers();
+    void JudgeNode();
+
+    EtcdEndpoint endpoint_;
+    HttpClient http_;
+    Timer retry_;
+    Timer ask_;
+    HttpRequest question_;
+    std::vector<std::unique_ptr<EtcdStream>> streams_;
+    std::size_t node_ = 0;
+    unsigned answers_ = 0;            /* to questions since the streams were started */
+    std::chrono::milliseconds pause_; /* before the next attempt */
+    bool is_pausing_ = false;
+};
+
+} // namespace uvel::host::confdb
+
+#endif

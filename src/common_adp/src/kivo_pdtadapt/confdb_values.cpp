@@ -1,0 +1,99 @@
+/* Copies of what the configuration database holds, the callbacks that refresh them, the queries that read them. */
+#include <uvelcommon_base/kivo_confdb.h>
+
+#include <cstring>
+#include <securec.h>
+#include <uvelcommon_base/nac_log.h>
+#include <uvelhost/device.h>
+
+static constexpr uint32_t MAC_SIZE = 6;
+static constexpr uint32_t LONGEST_COPIED_NAME = 257;
+
+/* Longer than a name can be: a name of full length ends all the same. */
+static char g_szSysName[LONGEST_COPIED_NAME + 1];
+static uint8_t g_aucSysMac[MAC_SIZE];
+static uint32_t g_ulSysMacNumber;
+static uint8_t g_ucBridgeMacReady;
+
+static_assert(sizeof(g_szSysName) > KIVO_SYS_NAME_SIZE);
+
+static bool IsKey(const DB_KV_S *pstKv, const char *pszKey) {
+    return pstKv->ulValueLength != 0 && pstKv->pszKey != nullptr && strcmp(pstKv->pszKey, pszKey) == 0;
+}
+
+/* Copies a value into ulSize bytes. It passes through a buffer of the same size: a copy that is refused clears its
+ * destination, and the value known so far has to survive that. */
+static errno_t TakeValue(void *pCopy, uint32_t ulSize, const DB_KV_S *pstKv) {
+    uint8_t aucValue[KIVO_SYS_NAME_SIZE];
+    const errno_t ret = memcpy_s(aucValue, ulSize, pstKv->pValue, pstKv->ulValueLength);
+    if (ret == EOK)
+        memcpy(pCopy, aucValue, pstKv->ulValueLength);
+    return ret;
+}
+
+void KIVO_SysNameCallback(const DB_KV_S *pstKv) {
+    if (pstKv == nullptr || !IsKey(pstKv, "sys_name"))
+        return;
+    const errno_t ret = TakeValue(g_szSysName, KIVO_SYS_NAME_SIZE, pstKv);
+    if (ret != EOK) {
+        NAC_Utils_PvtLog(0, "KIVO_SysNameCallback memcpy sys_name fail, ret:%u \n", static_cast<uint32_t>(ret));
+        return;
+    }
+    /* Values come without a terminator; without one here the end of a longer name would stay behind a shorter one. */
+    g_szSysName[pstKv->ulValueLength] = '\0';
+}
+
+void KIVO_SysMacCallback(const DB_KV_S *pstKv) {
+    if (pstKv == nullptr)
+        return;
+    if (IsKey(pstKv, "system_mac")) {
+        const errno_t ret = TakeValue(g_aucSysMac, sizeof(g_aucSysMac), pstKv);
+        if (ret != EOK)
+            NAC_Utils_PvtLog(0, "KIVO_SysMacCallback memcpy system_mac fail, ret:%u \n", static_cast<uint32_t>(ret));
+    } else if (IsKey(pstKv, "system_mac_number")) {
+        const errno_t ret = TakeValue(&g_ulSysMacNumber, sizeof(g_ulSysMacNumber), pstKv);
+        if (ret != EOK)
+            NAC_Utils_PvtLog(0, "KIVO_SysMacCallback memcpy system_mac_number fail, ret:%u \n",
+                             static_cast<uint32_t>(ret));
+    }
+}
+
+/* Characters to copy into a buffer of ulSize bytes. */
+static uint32_t NameRoom(uint32_t ulSize) {
+    if (ulSize == 0)
+        return 0;
+    return ulSize > LONGEST_COPIED_NAME ? LONGEST_COPIED_NAME : ulSize - 1;
+}
+
+uint32_t KIVO_Adapt_Gethostname(char *szBuffer, uint32_t ulSize) {
+    if (g_szSysName[0] == '\0') {
+        uVEL_Adapt_SubPubEvent();
+        (void)DEV_GetSystemName(g_szSysName, KIVO_SYS_NAME_SIZE);
+    }
+    const errno_t ret = strncpy_s(szBuffer, ulSize, g_szSysName, NameRoom(ulSize));
+    if (ret != EOK)
+        NAC_Utils_PvtLog(0, "KIVO_Adapt_Gethostname strncpy fail, ret:%u \n", static_cast<uint32_t>(ret));
+    if (szBuffer != nullptr && ulSize != 0)
+        szBuffer[ulSize - 1] = '\0';
+    return KIVO_OK;
+}
+
+uint32_t EAPADP_GetBridgeMac(uint8_t aucMac[6]) {
+    if (aucMac == nullptr)
+        return KIVO_FAIL;
+    if (g_ucBridgeMacReady == 0) {
+        uVEL_Adapt_SubPubEvent();
+        (void)DEVM_DB_GetSysMac(g_aucSysMac);
+        g_ucBridgeMacReady = 1;
+    }
+    memcpy(aucMac, g_aucSysMac, sizeof(g_aucSysMac));
+    return KIVO_OK;
+}
+
+uint32_t UVEL_DevGetSysMac(uint8_t aucMac[6]) {
+    return EAPADP_GetBridgeMac(aucMac);
+}
+
+uint32_t UVEL_GetSysMacAddr(uint8_t aucMac[6]) {
+    return UVEL_DevGetSysMac(aucMac);
+}

@@ -1,9 +1,10 @@
-// Failing bounds-checked functions below dates, time stamps and the MAC reader: none is reported.
+// Failing bounds-checked functions below dates, time stamps, MAC addresses and numbers: none is reported.
 
 #include "securec_faults.h"
 
 #include <uvelcommon_base/kivo_date.h>
 #include <uvelcommon_base/kivo_mac.h>
+#include <uvelcommon_base/kivo_string.h>
 #include <uvelcommon_base/kivo_time.h>
 
 namespace {
@@ -37,6 +38,22 @@ TEST(FailingScan, OfAMacAddressGivesTheZeroAddress) {
     kit::PrintFault fault(kit::Variadic::SSCANF_S);
     EXPECT_EQ(0u, SRV_MacStrToAddr("02:1a:2b:3c:4d:5e", mac));
     EXPECT_EQ(1u, SRV_IsMacAddrZero(mac));
+}
+
+TEST(FailingScan, OfANumberIsANumberThatWasNotRead) {
+    uint32_t number = 7;
+    kit::PrintFault fault(kit::Variadic::SSCANF_S);
+    EXPECT_EQ(0xFFFFFFFFu, SRV_Atoul("42", &number));
+    EXPECT_EQ(0u, number);
+}
+
+/* Numbers of up to nine digits need no scan. */
+TEST(FailingScan, OfALongNumberInADateCountsAsZero) {
+    SRV_DATE_S date{1, 1, 1, 1, 1, 1, 1};
+    kit::PrintFault fault(kit::Variadic::SSCANF_S);
+    EXPECT_EQ(0u, SRV_StringToDate("MON, 0000000007 Mar 2024 9:5:1", &date));
+    EXPECT_EQ(0, date.ucDay);
+    EXPECT_EQ(2024, date.usYear);
 }
 
 } // namespace

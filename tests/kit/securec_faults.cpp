@@ -28,6 +28,8 @@ void **SlotOf(kit::Variadic function) {
         return &kit_slot_snprintf_s;
     case kit::Variadic::SNPRINTF_TRUNCATED_S:
         return &kit_slot_snprintf_truncated_s;
+    case kit::Variadic::VSPRINTF_S:
+        return &kit_slot_vsprintf_s;
     case kit::Variadic::SSCANF_S:
         break;
     }

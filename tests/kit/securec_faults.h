@@ -12,7 +12,7 @@
 
 namespace kit {
 
-enum class Variadic { SPRINTF_S, SNPRINTF_S, SNPRINTF_TRUNCATED_S, SSCANF_S };
+enum class Variadic { SPRINTF_S, SNPRINTF_S, SNPRINTF_TRUNCATED_S, VSPRINTF_S, SSCANF_S };
 
 class PrintFault {
   public:

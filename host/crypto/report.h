@@ -16,8 +16,8 @@ enum class Trouble : unsigned {
     CIPHER_UNKNOWN,
 };
 
-/* Writes one line "uvelhost: ..." unless the same trouble was the latest one: a service that checks a thousand passwords
- * tells it once. errno is kept. */
+/* Writes one line "uvelhost: ..." unless the same trouble was the latest one: a service that checks a thousand
+ * passwords tells it once. errno is kept. */
 void ReportTrouble(Trouble trouble, const char *format, ...) __attribute__((format(printf, 2, 3)));
 
 /* From now on any trouble is worth a line again. */

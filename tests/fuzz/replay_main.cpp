@@ -1,5 +1,5 @@
-/* Runs a fuzz target over files: every one named on the command line, and every one in the folders named there. A target
- * that finds a fault ends the process. */
+/* Runs a fuzz target over files: every one named on the command line, and every one in the folders named there. A
+ * target that finds a fault ends the process. */
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>

@@ -10,8 +10,8 @@
 #include <libxml/xmlmemory.h>
 #include <unordered_map>
 
-/* Stands between libxml2 and malloc while it lives. What libxml2 has not freed by then is freed with it: short of memory
- * it loses blocks by itself. */
+/* Stands between libxml2 and malloc while it lives. What libxml2 has not freed by then is freed with it: short of
+ * memory it loses blocks by itself. */
 class XmlMemory {
   public:
     XmlMemory() {

@@ -6,8 +6,9 @@
 
 /* ---- random numbers ---- */
 
-/* Fills ulLen bytes with random numbers fit for keys; length 0 is a success. Fails for null, with length 0 too, and when
- * the generator is not to be trusted; what the buffer then holds must not be used. Callers report a failure in FIPS mode (below). */
+/* Fills ulLen bytes with random numbers fit for keys; length 0 is a success. Fails for null, with length 0 too, and
+ * when the generator is not to be trusted; what the buffer then holds must not be used. Callers report a failure in
+ * FIPS mode (below). */
 UVELHOST_API uint32_t CRYPT_random(uint8_t *pucBuffer, uint32_t ulLen);
 
 /* 1 when the process works in FIPS mode, otherwise 0. */
@@ -19,9 +20,9 @@ UVELHOST_API void FIPS_SecTestContinuousRandomNumberError(const char *pszModule)
 
 /* ---- passwords ----
  * A password is stored as a cipher text, which is printable and tells its format by itself. On Linux the cipher is
- * AES-256-GCM, or what UVELHOST_PASSWORD_CIPHER names ("aes-256-gcm", "chacha20-poly1305"), under a key of the device in
- * the file that UVELHOST_KEY_FILE names, by default /var/lib/uvelhost/password.key. The first encryption makes the file
- * with mode 0600. A file that others may read, that is somebody else's or has another size is refused. */
+ * AES-256-GCM, or what UVELHOST_PASSWORD_CIPHER names ("aes-256-gcm", "chacha20-poly1305"), under a key of the device
+ * in the file that UVELHOST_KEY_FILE names, by default /var/lib/uvelhost/password.key. The first encryption makes the
+ * file with mode 0600. A file that others may read, that is somebody else's or has another size is refused. */
 
 #define PSSP_BLOCK_SIZE 32U  /* bytes of a parameter block */
 #define PSSP_RESULT_SIZE 32U /* most bytes that the host writes to a result block */
@@ -37,9 +38,8 @@ UVELHOST_API void FIPS_SecTestContinuousRandomNumberError(const char *pszModule)
 #define PSSP_FORMAT_CURRENT_A 10U /* current formats: callers keep the text as it is */
 #define PSSP_FORMAT_CURRENT_B 11U
 
-/* Format of a text: PSSP_FORMAT_CLEAR for one that is no cipher text and for null, a number above
- * PSSP_FORMAT_CURRENT_B for a format of the future. The text is not decrypted: it may look like a cipher text and not be
- * one. Never waits. */
+/* Format of a text: PSSP_FORMAT_CLEAR for one that is no cipher text and for null, a number above PSSP_FORMAT_CURRENT_B
+ * for a format of the future. The text is not decrypted: it may look like a cipher text and not be one. Never waits. */
 UVELHOST_API uint32_t PSSP_CryptIsCipher(const char *pszText);
 
 /* Writes the clear text of a cipher text of ulCipherLen characters, terminated, into ulClearSize bytes. ulParam is the

@@ -4,7 +4,7 @@
 #include <libxml/SAX2.h>
 #include <libxml/parser.h>
 
-/* Without these bytes there is no document type. With them there may be none: they may stand in a comment or in a text. */
+/* Without these bytes there is no document type. With them there may be none: they may stand in a comment or a text. */
 static bool NamesDocumentType(const char *pszXml, int lLength) {
     static constexpr char REST[] = "DOCTYPE";
     const char *pszEnd = pszXml + lLength;

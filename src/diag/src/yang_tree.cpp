@@ -10,9 +10,9 @@
 #include <libxml/xmlerror.h>
 #include <securec.h>
 
-/* Options of the parser: blank text nodes are dropped, and that is all. What would make libxml2 read other files is off:
- * XML_PARSE_NOENT, XML_PARSE_DTDLOAD, XML_PARSE_DTDATTR, XML_PARSE_DTDVALID, XML_PARSE_XINCLUDE; so is XML_PARSE_HUGE,
- * which would lift the limits against documents that grow without end. */
+/* Options of the parser: blank text nodes are dropped, and that is all. What would make libxml2 read other files is
+ * off: XML_PARSE_NOENT, XML_PARSE_DTDLOAD, XML_PARSE_DTDATTR, XML_PARSE_DTDVALID, XML_PARSE_XINCLUDE; so is
+ * XML_PARSE_HUGE, which would lift the limits against documents that grow without end. */
 static constexpr int PARSE_OPTIONS = XML_PARSE_NOBLANKS;
 static_assert(PARSE_OPTIONS == 256);
 
@@ -43,8 +43,8 @@ static bool EndWatch(const XML_WATCH_S *pstWatch) {
     return !pstWatch->bNoMemory;
 }
 
-/* What libxml2 does by default in this thread. The program's choice must not hold here: libxml2 takes it over along with
- * the options of a call, and so opens the files that a text names. */
+/* What libxml2 does by default in this thread. The program's choice must not hold here: libxml2 takes it over along
+ * with the options of a call, and so opens the files that a text names. */
 struct XML_DEFAULTS_S {
     int lSubstitute;
     int lLoadDtd;

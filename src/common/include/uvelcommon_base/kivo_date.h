@@ -29,9 +29,9 @@ typedef struct {
  * what follows the seconds is ignored, as the zone in "Sun, 6 Nov 1994 08:49:37 GMT".
  *
  * Weekday: English name, short or long, in any case; anything else, "-" and nothing included, counts as Sunday. Month:
- * short English name in any case; anything else is month 0. Year: below 1000 it counts from 2000. Numbers are cut to the
- * width of their field. '-' does not lead to the year: in "Mon, 07-Mar-2024 10:00:00" the year is empty, thus 2000, and
- * 2024 the hour, cut to 232. It does not end the seconds either: "0-1" is a failure there.
+ * short English name in any case; anything else is month 0. Year: below 1000 it counts from 2000. Numbers are cut to
+ * the width of their field. '-' does not lead to the year: in "Mon, 07-Mar-2024 10:00:00" the year is empty, thus 2000,
+ * and 2024 the hour, cut to 232. It does not end the seconds either: "0-1" is a failure there.
  *
  * 1 for a null argument, more than SRV_DATE_TEXT_MAX characters or another form; the fields before the offending place
  * are then stored already, the others untouched. */

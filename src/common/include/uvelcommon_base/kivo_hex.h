@@ -7,8 +7,8 @@
  *
  * Digits are 0 to 9, A to F and a to f.
  * Threads: any; nothing is kept.
- * Errors: no codes; what is not hexadecimal shortens the result. A null text counts as empty; nothing is written through
- * a null pointer. */
+ * Errors: no codes; what is not hexadecimal shortens the result. A null text counts as empty; nothing is written
+ * through a null pointer. */
 #ifndef UVELCOMMON_BASE_KIVO_HEX_H
 #define UVELCOMMON_BASE_KIVO_HEX_H
 
@@ -26,10 +26,10 @@ UVEL_API uint32_t SRVHEX_FilterBlank(const char *pszSource, char *szDest);
 UVEL_API char *SRVHEX_TransHexDataToString(const void *pData, uint32_t ulLength, char *szBuffer, uint32_t ulSize,
                                            uint32_t *pulTextLength);
 
-/* Packs the digits at the beginning of pszText, two a byte, into pBuffer, which must have one byte for each two
- * digits (and may be the text itself). The number of bytes written; after an odd number of digits the last one holds its
- * high digit only: "ABC" is 0xAB 0xC0, result 2. Beware: without any digit the result is 1 as well, and nothing
- * is written. 0 for a null buffer. */
+/* Packs the digits at the beginning of pszText, two a byte, into pBuffer, which must have one byte for each two digits
+ * (and may be the text itself). The number of bytes written; after an odd number of digits the last one holds its high
+ * digit only: "ABC" is 0xAB 0xC0, result 2. Beware: without any digit the result is 1 as well, and nothing is written.
+ * 0 for a null buffer. */
 UVEL_API uint32_t SRVHEX_TransStringToData(const char *pszText, void *pBuffer);
 
 /* Number of digits in pszText, whatever stands between them. */

@@ -9,8 +9,8 @@
  *     printf("%s to %s\n", SRV_Ipv6AddrtoStr(aucLow), SRV_Ipv6AddrtoStr(aucHigh));       // rings, see below
  *     if (SRV_StrtoIpv6Addr(pszText, aucAddr) != KIVO_OK) ...
  *
- * Ownership: nothing is allocated. A text of the two ring forms (SRV_IpAddrtoStr, SRV_Ipv6AddrtoStr) stands until 8 more
- * of that form were made, by any thread; up to 8 may be used in one print.
+ * Ownership: nothing is allocated. A text of the two ring forms (SRV_IpAddrtoStr, SRV_Ipv6AddrtoStr) stands until 8
+ * more of that form were made, by any thread; up to 8 may be used in one print.
  * Threads: any; the rings are not locked, threads that use them at the same time may share a text. A text in a ring
  * never leaves its buffer.
  * Errors: as each function says; arrays are not checked for null unless it says so. */
@@ -87,15 +87,15 @@ UVEL_API void SRV_IPv6PrefixLen2Mask(uint8_t ucLen, uint8_t *pucMask);
  * and everything above 128. Null: nothing happens. */
 UVEL_API void SRV_IPv6PrefixLen2Addr(uint8_t ucLen, uint8_t *pucAddr);
 
-/* Length of the prefix that pucMask stands for: 128 less its trailing zero bits. Whether it has gaps is not looked at. A
- * mask with nothing set behind its first byte gives 8 whatever that byte holds, 0 when it is 0 too. */
+/* Length of the prefix that pucMask stands for: 128 less its trailing zero bits. Whether it has gaps is not looked at.
+ * A mask with nothing set behind its first byte gives 8 whatever that byte holds, 0 when it is 0 too. */
 UVEL_API uint32_t SRV_IPv6Mask2PrefixLen(const uint8_t *pucMask);
 
 /* pucOut = the first ucLen bits of pucAddr; a length above 128 counts as 128. pucOut may be pucAddr. */
 UVEL_API void SRV_GetIPv6SubNet(const uint8_t *pucAddr, uint8_t ucLen, uint8_t *pucOut);
 
-/* Makes pucAddr the prefix of ucLen bits that follows the one it is in; the last one is followed by "::". Nothing happens
- * for a length of 0 or above 128. */
+/* Makes pucAddr the prefix of ucLen bits that follows the one it is in; the last one is followed by "::". Nothing
+ * happens for a length of 0 or above 128. */
 UVEL_API void SRV_GetNextPrefix(uint8_t *pucAddr, uint8_t ucLen);
 
 /* 1 when two prefixes overlap: the bits of the shorter one are the first bits of the other. Else 0. A length above 128

@@ -27,8 +27,8 @@ UVEL_API char *SRV_MacAddrToStr(const uint8_t *pucMac, char *szBuffer);
 /* Writes "021a-2b3c-4d5e" into szBuffer of 16 bytes. The number of characters, 14, or -1 for a null argument. */
 UVEL_API int32_t QAL_LongMacToString(const uint8_t *pucMac, char *szBuffer);
 
-/* Writes "021a2b3c4d5e" into szBuffer of ulSize bytes. The number of characters, 12, or -1: a null argument, or the text
- * does not fit; it is empty then, if there is any room, for half an address must not pass for a whole one. */
+/* Writes "021a2b3c4d5e" into szBuffer of ulSize bytes. The number of characters, 12, or -1: a null argument, or the
+ * text does not fit; it is empty then, if there is any room, for half an address must not pass for a whole one. */
 UVEL_API int32_t SRV_MacToStrWithoutHyphen(const uint8_t *pucMac, char *szBuffer, uint32_t ulSize);
 
 /* "021a-2b3c-4d5e" in a ring of 8 buffers; "-" for null. */

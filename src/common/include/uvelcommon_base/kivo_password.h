@@ -36,8 +36,9 @@ typedef struct SRV_CRYPT_PASSWORD_S {
     uint8_t aucResult[SRV_CRYPT_RESULT_SIZE]; /* for the host's encryption to write */
 } SRV_CRYPT_PASSWORD_S;
 
-/* Decrypts pszCipher into ulClearSize bytes at pszClear, which are cleared before. pucBlock: SRV_CRYPT_BLOCK_SIZE bytes.
- * 1 for a null argument or a text that is no cipher text (pszClear is untouched), or when the host cannot decrypt it. */
+/* Decrypts pszCipher into ulClearSize bytes at pszClear, which are cleared before. pucBlock has SRV_CRYPT_BLOCK_SIZE
+ * bytes. 1 for a null argument or a text that is no cipher text (pszClear is untouched), or when the host cannot
+ * decrypt it. */
 UVEL_API uint32_t SRV_CRYPT_GetClearPassword(const char *pszCipher, char *pszClear, uint32_t ulClearSize,
                                              uint32_t ulParam, uint8_t *pucBlock);
 

@@ -51,8 +51,8 @@ UVEL_API uint32_t SRV_GmTmRelative2Absolute(uint32_t ulRelative);
 /* UTC calendar seconds ulAbsolute in relative time, modulo 2^32. */
 UVEL_API uint32_t SRV_GmTmAbsolute2Relative(uint32_t ulAbsolute);
 
-/* ulRelative + lOffset in local calendar seconds, or SRV_TIME_NOT_SHOWN when a sum exceeds 32 bits. An offset that leads
- * before the start-up moment wraps to a large relative time, which then exceeds them as a rule. */
+/* ulRelative + lOffset in local calendar seconds, or SRV_TIME_NOT_SHOWN when a sum exceeds 32 bits. An offset that
+ * leads before the start-up moment wraps to a large relative time, which then exceeds them as a rule. */
 UVEL_API uint32_t SRV_TmRelative2Absolute4Show(int32_t lOffset, uint32_t ulRelative);
 
 /* ulRelative + lOffset in UTC calendar seconds, or SRV_TIME_NOT_SHOWN when a sum exceeds 32 bits. Unlike in the local

@@ -4,13 +4,13 @@
  * zeros, groups of more than four digits) and write IPv6 in upper case.
  *
  * Usage:
- *     if (oxm_inet_pton(KIVO_INET_V6, pszText, aucAddr) != 1) ...                        // 0: no address, -1: no family
- *     if (oxm_inet_ntop(KIVO_INET_V6, aucAddr, szText, sizeof(szText)) == NULL) ...      // no room
+ *     if (oxm_inet_pton(KIVO_INET_V6, pszText, aucAddr) != 1) ...                       // 0: no address, -1: no family
+ *     if (oxm_inet_ntop(KIVO_INET_V6, aucAddr, szText, sizeof(szText)) == NULL) ...     // no room
  *
  * Ownership: nothing is allocated or kept.
  * Threads: any.
- * Errors: an output is written only on success; a text is read up to its terminator and no further. Where the text of an
- * address fits into its buffer, bytes behind the terminator stay as they were. */
+ * Errors: an output is written only on success; a text is read up to its terminator and no further. Where the text of
+ * an address fits into its buffer, bytes behind the terminator stay as they were. */
 #ifndef UVELCOMMON_BASE_KIVO_INET_H
 #define UVELCOMMON_BASE_KIVO_INET_H
 
@@ -36,8 +36,8 @@ UVEL_API int32_t oxm_inet_pton(int16_t sFamily, const char *pszText, void *pAddr
 UVEL_API int32_t KIVO_oxm_inet_pton(int16_t sFamily, const char *pszText, void *pAddr);
 
 /* Reads exactly four decimal parts of 0 to 255, separated by '.', into the 4 bytes at pucAddr. Leading zeros are
- * accepted in any number and mean nothing: "010.001.0.0001" is 10.1.0.1. Nothing may stand before or behind. pszText must
- * not be null. 1, or 0 for a text that is no address. */
+ * accepted in any number and mean nothing: "010.001.0.0001" is 10.1.0.1. Nothing may stand before or behind. pszText
+ * must not be null. 1, or 0 for a text that is no address. */
 UVEL_API int32_t kivo_inet_pton4(const char *pszText, uint8_t *pucAddr);
 
 /* Reads eight groups of hexadecimal digits, separated by ':', into the 16 bytes at pucAddr. Once "::" may stand for one
@@ -56,10 +56,10 @@ UVEL_API char *KIVO_oxm_inet_ntop(int16_t sFamily, const void *pAddr, char *szBu
  * as it may. */
 UVEL_API char *kivo_inet_ntop4(const uint8_t *pucAddr, char *szBuffer, uint32_t ulSize);
 
-/* Writes the 16 bytes at pucAddr as groups in upper case without leading zeros, "2001:DB8::1", and returns szBuffer: the
- * first of the longest runs of two or more groups of zero becomes "::"; "::10.1.2.3" and "::FFFF:10.1.2.3" are written
- * where only the first six groups are zero, or the first five with FFFF behind. Null when the text with its terminator
- * is longer than ulSize, szBuffer is untouched then. */
+/* Writes the 16 bytes at pucAddr as groups in upper case without leading zeros, "2001:DB8::1", and returns szBuffer:
+ * the first of the longest runs of two or more groups of zero becomes "::"; "::10.1.2.3" and "::FFFF:10.1.2.3" are
+ * written where only the first six groups are zero, or the first five with FFFF behind. Null when the text with its
+ * terminator is longer than ulSize, szBuffer is untouched then. */
 UVEL_API char *kivo_inet_ntop6(const uint8_t *pucAddr, char *szBuffer, uint32_t ulSize);
 
 #endif

@@ -81,8 +81,8 @@ char *kivo_inet_ntop4(const uint8_t *pucAddr, char *szBuffer, uint32_t ulSize) {
     return szBuffer;
 }
 
-/* The run of zero words that becomes "::", for every set of zero words (the first word in bit 7). ucEnd is the first word
- * behind it, 0 when there is no run. */
+/* The run of zero words that becomes "::", for every set of zero words (the first word in bit 7). ucEnd is the first
+ * word behind it, 0 when there is no run. */
 struct ZERO_RUN_S {
     uint8_t ucStart;
     uint8_t ucEnd;

@@ -11,8 +11,9 @@
  * The nodes are libxml2's (struct _xmlNode is its xmlNode); who passes them on need not include its headers.
  *
  * Texts from outside are safe to read: nothing outside the text is ever loaded, no file and no network. Entities that a
- * document declares for itself read as nothing. A document that declares parameter entities with a text or default values
- * of attributes is refused: both let a short text keep the parser busy without end, and no configuration has them.
+ * document declares for itself read as nothing. A document that declares parameter entities with a text or default
+ * values of attributes is refused: both let a short text keep the parser busy without end, and no configuration has
+ * them.
  *
  * Ownership: NAC_YANG_XmlNewRoot gives a tree that the caller releases; all other nodes belong to the tree they are in.
  * Threads: any; a tree belongs to one caller at a time. Nothing is printed: errors of libxml2 are kept from the error

@@ -22,8 +22,8 @@ static char *NextBuffer(char (&aszRing)[RING][ROOM], uint32_t *pulRing) {
     return aszRing[ulNext];
 }
 
-/* Writes the address with cSeparator after every PER_GROUP bytes but the last, and a terminator: 12 characters and those
- * separators. Returns the number of characters. */
+/* Writes the address with cSeparator after every PER_GROUP bytes but the last, and a terminator: 12 characters and
+ * those separators. Returns the number of characters. */
 template <uint32_t PER_GROUP>
 static inline int32_t Write(const uint8_t *pucMac, char *szBuffer, const HEX_PAIRS_S &stPairs, char cSeparator) {
     char *pszEnd = szBuffer;

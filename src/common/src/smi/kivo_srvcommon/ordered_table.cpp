@@ -130,25 +130,24 @@ uint32_t SRVOT_RemoveAllElmt(SRVOT_TBL_S *pstTbl) {
 }
 
 /* Elements of size 0 all lie at one address; only their indexes tell them apart. */
-[[gnu::cold, gnu::noinline]] static SEARCH_END_S SearchSizeless(const SRVOT_TBL_S &stTbl, const void *pKey) {
-    const auto itemAt = [pElmts = stTbl.pElmts](size_t) -> const void * { return pElmts; };
-    return SortedSearch(INDEXED_ITEMS_S{itemAt}, stTbl.ulCount, stTbl.pfCompare, pKey);
+[[gnu::cold, gnu::noinline]] static SEARCH_END_S SearchSizeless(const void *pElmts, uint32_t ulCount,
+                                                                SRVOT_CMP_FUNC pfCompare, const void *pKey) {
+    const auto itemAt = [pElmts](size_t) { return pElmts; };
+    return SortedSearch(INDEXED_ITEMS_S{itemAt}, ulCount, pfCompare, pKey);
 }
 
-/* False where there is nothing to search, or nothing to search with. Works on a copy of the header, whose fields the
- * compiler may then fetch all at once. */
+/* False where there is nothing to search, or nothing to search with. The fields are read once: the compiler must
+ * otherwise expect that the comparison changes them. */
 [[gnu::always_inline]] static inline bool Search(const SRVOT_TBL_S *pstTbl, const void *pKey, SEARCH_END_S *pstEnd) {
     if (pstTbl == nullptr)
         return false;
-    const SRVOT_TBL_S stTbl = *pstTbl;
-    if (stTbl.ulCount == 0 || stTbl.pfCompare == nullptr)
+    const uint32_t ulCount = pstTbl->ulCount;
+    const SRVOT_CMP_FUNC pfCompare = pstTbl->pfCompare;
+    if (ulCount == 0 || pfCompare == nullptr)
         return false;
-    if (stTbl.ulElmtSize == 0) {
-        *pstEnd = SearchSizeless(stTbl, pKey);
-        return true;
-    }
-    const RECORD_ARRAY_S stElmts = {static_cast<const uint8_t *>(stTbl.pElmts), stTbl.ulElmtSize};
-    *pstEnd = SortedSearch(stElmts, stTbl.ulCount, stTbl.pfCompare, pKey);
+    const RECORD_ARRAY_S stElmts = {static_cast<const uint8_t *>(pstTbl->pElmts), pstTbl->ulElmtSize};
+    *pstEnd = stElmts.ulSize == 0 ? SearchSizeless(stElmts.pFirst, ulCount, pfCompare, pKey)
+                                  : SortedSearch(stElmts, ulCount, pfCompare, pKey);
     return true;
 }
 

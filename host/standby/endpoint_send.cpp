@@ -1,0 +1,243 @@
+/* The sending half: messages of any thread into the stream, batches, roles. */
+
+#include "standby/endpoint.h"
+
+#include <algorithm>
+#include <chrono>
+#include <random>
+#include <uvelhost/crypto.h>
+#include <uvelhost/ha.h>
+
+namespace uvel::host::standby {
+
+using C = YSB_LINK_COUNTERS_S;
+
+/* Offsets in a message's header. */
+constexpr uint32_t TOTAL_LENGTH = 32;
+constexpr uint32_t FRAGMENT_NUMBER = 44;
+
+Endpoint::Endpoint(EndpointSettings settings, EndpointOwner &owner, Counters &counters, uint64_t now)
+    : settings_(std::move(settings)), owner_(owner), counters_(counters), stream_(settings_.window),
+      role_(settings_.role), active_(settings_.role == YSB_LINK_ROLE_ACTIVE), reader_(settings_.max_message),
+      alone_since_(now) {}
+
+void Endpoint::Make(const Calls &calls) {
+    if (calls.state_changed)
+        owner_.StateChanged();
+    if (calls.batch_delivered != 0)
+        owner_.BatchDelivered(calls.batch_delivered);
+    if (calls.batch_wanted != 0)
+        owner_.BatchWanted(calls.batch_wanted);
+}
+
+/* Whether the message can travel at all: a receiver that puts fragments together goes by the total length in the
+ * header, which must therefore be true of a message that is cut, and must not announce more than there is. */
+Endpoint::Sending Endpoint::Check(const uint8_t *message, uint32_t length) {
+    if (length < MESSAGE_HEADER) {
+        counters_.AddAlone(&C::ulRefusedMalformed);
+        return Sending::MALFORMED;
+    }
+    const uint32_t payload = length - MESSAGE_HEADER;
+    if (payload > settings_.max_message || (peer_max_message_ != 0 && payload > peer_max_message_)) {
+        counters_.AddAlone(&C::ulRefusedTooLarge);
+        return Sending::TOO_LARGE;
+    }
+    const uint32_t total = Get<uint32_t>(message + TOTAL_LENGTH);
+    if (total > payload || (payload > settings_.mtu && total != payload)) {
+        counters_.AddAlone(&C::ulRefusedMalformed);
+        return Sending::MALFORMED;
+    }
+    return Sending::ACCEPTED;
+}
+
+/* The peer is away and more has been sent than is kept: there is no going on from here, only from the beginning. */
+void Endpoint::Overflow() {
+    if (up_) {
+        gap_ = true;
+        return;
+    }
+    stream_.Restart(0);
+    batch_end_ = 0;
+    delivered_ = false;
+    room_.notify_all();
+}
+
+bool Endpoint::WaitForRoom(std::unique_lock<std::mutex> &lock, std::size_t bytes, Patience patience) {
+    const auto until = std::chrono::steady_clock::now() + std::chrono::milliseconds(settings_.send_wait_ms);
+    const uint64_t name = stream_.Name();
+    const auto settled = [&] { return shut_ || stream_.Name() != name || stream_.Fits(bytes); };
+    ++waiting_;
+    if (patience == Patience::BATCH)
+        room_.wait(lock, settled);
+    else if (patience == Patience::SHORT && up_)
+        room_.wait_until(lock, until, [&] { return settled() || !up_; });
+    --waiting_;
+    /* A batch belongs to the stream it was asked for. */
+    return !shut_ && stream_.IsOpen() && stream_.Fits(bytes) && (stream_.Name() == name || patience != Patience::BATCH);
+}
+
+Endpoint::Sending Endpoint::Send(uint32_t module, uint8_t cpu, const uint8_t *message, uint32_t length,
+                                 Patience patience) {
+    std::unique_lock lock(lock_);
+    const Sending checked = Check(message, length);
+    if (checked != Sending::ACCEPTED)
+        return checked;
+    if (!stream_.IsOpen() || shut_) {
+        counters_.AddAlone(&C::ulRefusedNoPeer);
+        return Sending::NO_PEER;
+    }
+    const uint32_t payload = length - MESSAGE_HEADER;
+    const uint32_t fragments = payload == 0 ? 1 : (payload - 1) / settings_.mtu + 1;
+    const std::size_t bytes = std::size_t{fragments} * (FRAME_HEAD + MESSAGE_HEADER) + payload;
+    if (!stream_.Fits(bytes) && !WaitForRoom(lock, bytes, patience)) {
+        counters_.AddAlone(&C::ulRefusedWindow);
+        if (stream_.IsOpen() && patience != Patience::BATCH)
+            Overflow();
+        return Sending::NO_ROOM;
+    }
+    stream_.Prepare(bytes);
+    for (uint32_t fragment = 0, at = 0; fragment < fragments; ++fragment) {
+        const uint32_t part = std::min(payload - at, settings_.mtu);
+        uint8_t *body = stream_.Append({MESSAGE_HEADER + part, FrameType::DATA, cpu, module});
+        std::memcpy(body, message, FRAGMENT_NUMBER);
+        Put(body + FRAGMENT_NUMBER, fragment);
+        std::memcpy(body + MESSAGE_HEADER, message + MESSAGE_HEADER + at, part);
+        at += part;
+    }
+    counters_.AddAlone(&C::ulMessagesSent);
+    counters_.AddAlone(&C::ulPacketsSent, fragments);
+    counters_.AddAlone(&C::ulBytesSent, std::size_t{fragments} * MESSAGE_HEADER + payload);
+    return Sending::ACCEPTED;
+}
+
+/* ---- batches */
+
+void Endpoint::AppendMark(FrameType type) {
+    stream_.Prepare(FRAME_HEAD);
+    stream_.Append({0, type, 0, batch_});
+}
+
+void Endpoint::NewBatch(Calls &calls) {
+    ++batch_;
+    gap_ = false;
+    delivered_ = false;
+    batch_end_ = 0;
+    AppendMark(FrameType::BATCH_BEGIN);
+    counters_.Add(&C::ulBatches);
+    calls.batch_wanted = batch_;
+    calls.state_changed = true;
+}
+
+void Endpoint::NewStream(Calls &calls) {
+    uint64_t name = 0;
+    while (name == 0) {
+        if (CRYPT_random(reinterpret_cast<uint8_t *>(&name), sizeof name) != UVELHOST_OK)
+            name = std::random_device()();
+    }
+    stream_.Restart(name);
+    room_.notify_all();
+    counters_.Add(&C::ulNewStreams);
+    NewBatch(calls);
+}
+
+bool Endpoint::BatchDone(uint32_t batch) {
+    {
+        std::lock_guard lock(lock_);
+        if (batch == 0 || batch != batch_ || batch_end_ != 0 || !stream_.IsOpen())
+            return false;
+        AppendMark(FrameType::BATCH_END);
+        batch_end_ = stream_.LastNumber();
+    }
+    owner_.Wake();
+    return true;
+}
+
+bool Endpoint::StartBatch() {
+    Calls calls;
+    {
+        std::lock_guard lock(lock_);
+        if (!up_)
+            return false;
+        NewBatch(calls);
+    }
+    Make(calls);
+    owner_.Wake();
+    return true;
+}
+
+/* ---- roles and state */
+
+RoleInfo Endpoint::OwnRole() const {
+    return {static_cast<uint8_t>(role_), static_cast<uint8_t>(active_), term_, settings_.priority};
+}
+
+void Endpoint::BecomeActive(bool active, uint32_t least_term, Calls &calls) {
+    term_ = std::max(term_, least_term);
+    if (active == active_)
+        return;
+    active_ = active;
+    calls.state_changed = true;
+}
+
+void Endpoint::SetRole(uint32_t role) {
+    Calls calls;
+    {
+        std::lock_guard lock(lock_);
+        role_ = role;
+        if (role == YSB_LINK_ROLE_ACTIVE && !active_)
+            BecomeActive(true, std::max(term_, peer_role_.term) + 1, calls);
+        else if (role == YSB_LINK_ROLE_STANDBY)
+            BecomeActive(false, term_, calls);
+        tell_role_ = true;
+    }
+    Make(calls);
+    owner_.Wake();
+}
+
+void Endpoint::TellVersions() {
+    {
+        std::lock_guard lock(lock_);
+        tell_versions_ = true;
+    }
+    owner_.Wake();
+}
+
+uint32_t Endpoint::Backup() const {
+    if (!up_)
+        return HA_STATE_ALONE;
+    if (active_)
+        return delivered_ ? HA_STATE_REALTIME : HA_STATE_BATCH;
+    switch (peer_batch_) {
+    case PeerBatchState::NONE:
+        return HA_STATE_WAIT;
+    case PeerBatchState::BEGUN:
+        return HA_STATE_BATCH;
+    default:
+        return HA_STATE_REALTIME;
+    }
+}
+
+YSB_LINK_STATE_S Endpoint::State() const {
+    std::lock_guard lock(lock_);
+    YSB_LINK_STATE_S state{};
+    state.ulConnected = up_ ? 1 : 0;
+    state.ulActive = active_ ? 1 : 0;
+    state.ulPeerActive = peer_role_.active != 0 ? 1 : 0;
+    state.ulBackup = Backup();
+    state.ulTerm = term_;
+    state.ulPeerCpuNum = up_ ? peer_cpus_ : 0;
+    return state;
+}
+
+std::size_t Endpoint::BytesHeld() const {
+    std::lock_guard lock(lock_);
+    return stream_.Held();
+}
+
+void Endpoint::Shut() {
+    std::lock_guard lock(lock_);
+    shut_ = true;
+    room_.notify_all();
+}
+
+} // namespace uvel::host::standby

@@ -1,0 +1,36 @@
+/* Socket buffers as this folder sees them: one block, the data behind a head of 16 bytes. */
+#ifndef UVEL_HOST_STANDBY_SMBUF_H
+#define UVEL_HOST_STANDBY_SMBUF_H
+
+#include <cstdint>
+#include <memory>
+#include <uvelhost/standby.h>
+
+struct YSB_SMBUF {
+    uint32_t size; /* bytes of data */
+    uint32_t reserved[3];
+};
+
+namespace uvel::host::standby {
+
+constexpr uint32_t MESSAGE_HEADER = 48;        /* bytes that the channel above fills */
+constexpr uint32_t LARGEST_MESSAGE = 64 << 20; /* most payload bytes that a link can be configured for */
+constexpr uint32_t LARGEST_SMBUF = MESSAGE_HEADER + LARGEST_MESSAGE;
+
+inline uint8_t *DataOf(YSB_SMBUF *smbuf) {
+    return reinterpret_cast<uint8_t *>(smbuf + 1);
+}
+
+struct SmbufRelease {
+    void operator()(YSB_SMBUF *smbuf) const { YSB_Adapt_Smbuf_Destroy(smbuf); }
+};
+using Smbuf = std::unique_ptr<YSB_SMBUF, SmbufRelease>;
+
+/* A buffer for what comes from the peer, charged to no module; null when memory is short. */
+inline Smbuf MakeSmbuf(uint32_t size) {
+    return Smbuf(YSB_Adapt_Smbuf_Create(0, size));
+}
+
+} // namespace uvel::host::standby
+
+#endif

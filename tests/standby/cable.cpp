@@ -1,0 +1,171 @@
+#include "cable.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace cable {
+
+using uvel::host::standby::DataOf;
+using uvel::host::standby::Get;
+using uvel::host::standby::Put;
+
+constexpr uint32_t SAID = 0xFFFFFFFF; /* key of messages that belong to no table */
+
+std::vector<uint8_t> Message(uint32_t key, const std::string &payload, bool erase) {
+    std::vector<uint8_t> message(48 + payload.size());
+    Put(&message[12], key);
+    Put(&message[28], static_cast<uint16_t>(erase ? 1 : 0));
+    Put(&message[32], static_cast<uint32_t>(payload.size()));
+    std::copy(payload.begin(), payload.end(), message.begin() + 48);
+    return message;
+}
+
+EndpointSettings Settings(const std::string &name, const std::string &peer_name) {
+    EndpointSettings settings;
+    settings.name = name;
+    settings.peer_name = peer_name;
+    settings.window = 1 << 20;
+    return settings;
+}
+
+static Endpoint::Sending SendTo(Endpoint &endpoint, const std::vector<uint8_t> &message) {
+    return endpoint.Send(7, 255, message.data(), static_cast<uint32_t>(message.size()), Endpoint::Patience::NONE);
+}
+
+Endpoint::Sending Side::Set(uint32_t key, const std::string &value) {
+    own[key] = value;
+    return SendTo(endpoint, Message(key, value));
+}
+
+Endpoint::Sending Side::Erase(uint32_t key) {
+    own.erase(key);
+    return SendTo(endpoint, Message(key, "", true));
+}
+
+Endpoint::Sending Side::Say(const std::string &text) {
+    return SendTo(endpoint, Message(SAID, text));
+}
+
+void Side::Batch() {
+    if (batch_wanted == 0)
+        return;
+    const uint32_t batch = std::exchange(batch_wanted, 0);
+    for (const auto &[key, value] : own)
+        (void)SendTo(endpoint, Message(key, value));
+    (void)endpoint.BatchDone(batch);
+}
+
+void Side::Apply(uint32_t key, bool erase, const std::string &value) {
+    if (key == SAID) {
+        said.push_back(value);
+        return;
+    }
+    for (Table *table : {&copy, batching_ ? &fresh_ : nullptr}) {
+        if (table == nullptr)
+            continue;
+        if (erase)
+            table->erase(key);
+        else
+            (*table)[key] = value;
+    }
+}
+
+void Side::Received(uint32_t, uint8_t, Smbuf message, uint32_t length) {
+    const uint8_t *bytes = DataOf(message.get());
+    const auto fragment = Get<uint32_t>(bytes + 44);
+    if (fragment != next_fragment_ && next_fragment_ + fragment != 0) {
+        ++broken;
+        return;
+    }
+    partial_.append(reinterpret_cast<const char *>(bytes) + 48, length - 48);
+    ++next_fragment_;
+    if (partial_.size() < Get<uint32_t>(bytes + 32))
+        return;
+    Apply(Get<uint32_t>(bytes + 12), Get<uint16_t>(bytes + 28) == 1, partial_);
+    partial_.clear();
+    next_fragment_ = 0;
+}
+
+void Side::PeerIsNew() {
+    ++news;
+    partial_.clear();
+    next_fragment_ = 0;
+    batching_ = false;
+}
+
+void Side::PeerBatch(bool begins) {
+    if (begins)
+        fresh_.clear();
+    else
+        copy = fresh_;
+    batching_ = begins;
+}
+
+/* ---- the cable */
+
+void Cable::Connect(uint64_t now) {
+    Cut();
+    connected_ = true;
+    a_->endpoint.Connected(now);
+    b_->endpoint.Connected(now);
+}
+
+void Cable::Cut() {
+    if (!connected_)
+        return;
+    connected_ = false;
+    to_a_.clear();
+    to_b_.clear();
+    a_->endpoint.Lost();
+    b_->endpoint.Lost();
+}
+
+bool Cable::Move(Side &from, Side &to, std::vector<uint8_t> &wire, std::size_t &budget, uint64_t &count, uint64_t now,
+                 std::mt19937 *random) {
+    for (auto bytes = from.endpoint.Output(); !bytes.empty(); bytes = from.endpoint.Output()) {
+        wire.insert(wire.end(), bytes.begin(), bytes.end());
+        from.endpoint.Written(now);
+    }
+    bool moved = false;
+    while (!wire.empty() && budget > 0) {
+        const auto room = to.endpoint.Room();
+        std::size_t part = std::min({wire.size(), room.size(), budget});
+        if (random != nullptr)
+            part = std::min<std::size_t>(part, 1 + (*random)() % 300);
+        std::copy(wire.begin(), wire.begin() + static_cast<std::ptrdiff_t>(part), room.begin());
+        wire.erase(wire.begin(), wire.begin() + static_cast<std::ptrdiff_t>(part));
+        budget -= part;
+        count += part;
+        moved = true;
+        if (to.endpoint.Filled(part, now) == Endpoint::Step::CLOSE) {
+            Cut();
+            return true;
+        }
+        if (random != nullptr && (*random)() % 4 == 0)
+            break;
+    }
+    to.endpoint.Drained();
+    return moved;
+}
+
+void Cable::Carry(uint64_t now, std::mt19937 *random, std::size_t a_to_b, std::size_t b_to_a) {
+    for (bool moved = true; moved && connected_;) {
+        moved = Move(*a_, *b_, to_b_, a_to_b, carried_a_to_b, now, random);
+        if (connected_)
+            moved = Move(*b_, *a_, to_a_, b_to_a, carried_b_to_a, now, random) || moved;
+        if (a_to_b == 0 || b_to_a == 0)
+            Cut();
+    }
+}
+
+void Settle(Cable &cable, Side &a, Side &b, uint64_t now) {
+    for (int i = 0; i < 8; ++i) {
+        if (!cable.Connected())
+            cable.Connect(now);
+        cable.Carry(now);
+        a.Batch();
+        b.Batch();
+    }
+}
+
+} // namespace cable

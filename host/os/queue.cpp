@@ -9,7 +9,7 @@ using namespace uvel::host;
 
 namespace {
 
-constexpr uint32_t MAX_QUEUES = 256;
+constexpr uint32_t MAX_QUEUES = QAL_MAX_QUEUES;
 constexpr uint32_t MAX_DEPTH = 16777216;
 constexpr uint32_t MAX_ELEMENT_SIZE = 4096;
 

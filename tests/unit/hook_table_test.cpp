@@ -282,6 +282,16 @@ TEST(HookTable, ANullVariableChangesNothing) {
     EXPECT_EQ(reinterpret_cast<KIVO_HOOK>(RecordingHook), g_stKIVOPubHook[5]);
 }
 
+TEST(HookTable, TellsWhatIsInstalledUnderAnId) {
+    for (uint32_t id = 0; id < KIVO_HOOK_COUNT; ++id) {
+        EXPECT_EQ(nullptr, KIVOShell_GetHookFunc(id)) << id;
+        Install(id, RecordingHook);
+        EXPECT_EQ(reinterpret_cast<KIVO_HOOK>(RecordingHook), KIVOShell_GetHookFunc(id)) << id;
+    }
+    EXPECT_EQ(nullptr, KIVOShell_GetHookFunc(95));
+    EXPECT_EQ(nullptr, KIVOShell_GetHookFunc(0xFFFFFFFF));
+}
+
 TEST(HookTable, IdFifteenReachesTheProcessLookupAndNotTheHostName) {
     g_answer = 77;
     Install(15, RecordingHook);

@@ -28,7 +28,7 @@ typedef struct {
     uint64_t ulOverQuota; /* requests after which ulBytes was above the soft quota */
 } QAL_MEM_STATS_S;
 
-/* Opens the account pszName and writes its handle (never 0xFFFFFFFF) to *pulHandle. A second registration under one
+/* Opens the account pszName and writes its handle to *pulHandle; handles count up from 0. A second registration under one
  * name succeeds and gives the same handle. Fails, with *pulHandle untouched, for a null argument, when the table of
  * handles (1024 entries, "module" among them) is full and when memory is short. */
 UVELHOST_API uint32_t QAL_HandleInitialize(const char *pszName, uint32_t *pulHandle);

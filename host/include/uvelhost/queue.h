@@ -9,6 +9,8 @@
 
 #include "types.h"
 
+#define QAL_MAX_QUEUES 256U /* queues are numbered from 1 to this */
+
 typedef struct {
     char szName[16];        /* name given at creation, cut to 15 characters */
     uint32_t ulDepth;       /* elements it can hold */
@@ -22,7 +24,7 @@ typedef struct {
 
 /* Makes a queue of ulDepth elements (1 to 16777216) of ulElementSize bytes (1 to 4096) and writes its number, never 0
  * or 0xFFFFFFFF, to *pulQueue. Two queues may have one name. Fails for bad arguments, when memory is short and when the
- * table of queues (256) is full. */
+ * table of queues (QAL_MAX_QUEUES) is full. */
 UVELHOST_API uint32_t QAL_QueueCreate(const char *pszName, uint32_t ulDepth, uint32_t ulElementSize,
                                       uint32_t *pulQueue);
 

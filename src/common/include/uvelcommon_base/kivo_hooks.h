@@ -139,4 +139,8 @@ UVEL_DATA KIVO_HOOK g_stKIVOPubHook[KIVO_HOOK_COUNT];
  * ignored. ppfHook is the address of a variable that holds the function, not the function. */
 UVEL_API void KIVOShell_SetHookFunc(uint32_t ulHookId, const KIVO_HOOK *ppfHook);
 
+/* What is installed under a hook id, for a product layer that wants to call what it overrides; null for an empty slot
+ * and for an id of 95 or more. */
+UVEL_API KIVO_HOOK KIVOShell_GetHookFunc(uint32_t ulHookId);
+
 #endif

@@ -36,3 +36,7 @@ void KIVOShell_SetHookFunc(uint32_t ulHookId, const KIVO_HOOK *ppfHook) {
         return;
     __atomic_store_n(&g_stKIVOPubHookHere[SLOT_OF_ID[ulHookId]], *ppfHook, __ATOMIC_RELEASE);
 }
+
+KIVO_HOOK KIVOShell_GetHookFunc(uint32_t ulHookId) {
+    return ulHookId < KIVO_HOOK_COUNT ? HookInSlot<KIVO_HOOK>(SLOT_OF_ID[ulHookId]) : nullptr;
+}

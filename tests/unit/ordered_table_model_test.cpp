@@ -1,45 +1,20 @@
-// The ordered table beside a naive model: a sorted vector and a cursor, which every operation's rule is told of once
-// more in the plainest words. Contents, cursor and results are compared after every step.
+// The ordered table beside a naive model: contents, cursor and results are compared after every step.
 
 #include "ordered_tables.h"
 #include "random_walk.h"
-
-#include <algorithm>
+#include "sorted_model.h"
 
 namespace {
 
 using namespace ordered_tables;
 
-class Model {
+uint32_t IdOfSession(const Session &session) {
+    return session.id;
+}
+
+class Model : public SortedModel<Session, IdOfSession> {
   public:
-    explicit Model(uint32_t spec) : spec_(spec) {}
-
-    std::vector<Session> elements;
-    uint32_t cursor = NONE;
-
-    uint32_t Count() const { return static_cast<uint32_t>(elements.size()); }
-
-    /* Position of the greatest element not above the id, 0 when all are above it. */
-    uint32_t Nearest(uint32_t id) const { return FirstAbove(id) == 0 ? 0 : FirstAbove(id) - 1; }
-
-    bool Has(uint32_t id) const { return Count() != 0 && elements[Nearest(id)].id == id; }
-
-    uint32_t Add(const Session &session, bool memory) {
-        const uint32_t place = FirstAbove(session.id);
-        const uint32_t before = cursor;
-        if (Count() != 0)
-            cursor = Has(session.id) ? place - 1 : place;
-        if (Has(session.id))
-            return 4;
-        if (Count() >= spec_)
-            return 3;
-        cursor = before;
-        if (!memory)
-            return 2;
-        elements.insert(elements.begin() + place, session);
-        cursor = place;
-        return 0;
-    }
+    using SortedModel::SortedModel;
 
     uint32_t RemoveAt(uint32_t index, bool memory) {
         if (index >= Count())
@@ -50,7 +25,7 @@ class Model {
         }
         if (!memory)
             return 2;
-        elements.erase(elements.begin() + index);
+        items.erase(items.begin() + index);
         if (cursor >= index)
             --cursor;
         return 0;
@@ -63,43 +38,6 @@ class Model {
             cursor = Nearest(id);
         return RemoveAt(Nearest(id), memory);
     }
-
-    void RemoveAll() {
-        if (Count() != 0)
-            cursor = NONE;
-        elements.clear();
-    }
-
-    /* The moves give the position of the element that they end on, NONE when they end on none. */
-    uint32_t Next() {
-        const uint32_t next = cursor == NONE ? 0 : cursor + 1;
-        cursor = cursor == 0xFFFFFFFE || next >= Count() ? Count() : next;
-        return cursor < Count() ? cursor : NONE;
-    }
-
-    uint32_t Previous() {
-        if (cursor >= Count())
-            return NONE;
-        cursor = cursor == 0 ? NONE : cursor - 1;
-        return cursor;
-    }
-
-    uint32_t GoTo(uint32_t index) {
-        if (Count() == 0)
-            return NONE;
-        cursor = index;
-        return cursor < Count() ? cursor : NONE;
-    }
-
-    uint32_t FirstAbove(uint32_t id) const {
-        uint32_t index = 0;
-        while (index < Count() && elements[index].id <= id)
-            ++index;
-        return index;
-    }
-
-  private:
-    uint32_t spec_;
 };
 
 class OrderedTableBesideItsModel : public Table {
@@ -119,7 +57,7 @@ class OrderedTableBesideItsModel : public Table {
         ASSERT_EQ(model.Count(), tbl->ulCount);
         ASSERT_EQ(model.cursor, tbl->ulCursor);
         ASSERT_EQ(model.Count() == 0, tbl->pElmts == nullptr);
-        ASSERT_TRUE(std::equal(model.elements.begin(), model.elements.end(), At(0)));
+        ASSERT_TRUE(std::equal(model.items.begin(), model.items.end(), At(0)));
         ASSERT_EQ(SPEC, tbl->ulSpec);
     }
 
@@ -180,7 +118,7 @@ class OrderedTableBesideItsModel : public Table {
             result = SRVOT_GetFirstNode(tbl, &copy);
         }
         EXPECT_EQ(index < model.Count() ? 0u : 1u, result);
-        EXPECT_EQ(index < model.Count() ? model.elements[index] : Session{}, copy);
+        EXPECT_EQ(index < model.Count() ? model.items[index] : Session{}, copy);
     }
 
     void Ask() {
@@ -192,7 +130,7 @@ class OrderedTableBesideItsModel : public Table {
         const uint32_t user = random.Below(1000);
         const SRVOT_COND_S condition = {4, &user, 4};
         uint32_t expected = index;
-        while (expected < model.Count() && model.elements[expected].user != user)
+        while (expected < model.Count() && model.items[expected].user != user)
             ++expected;
         EXPECT_EQ(expected < model.Count() ? expected : NONE, SRVOT_FindElmtIdByConds(tbl, index, 1, &condition));
     }

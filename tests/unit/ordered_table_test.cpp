@@ -1,6 +1,7 @@
 // The ordered table: its life, insertion, look-up and the moves of its cursor.
 
 #include "ordered_tables.h"
+#include "sorted_model.h"
 
 namespace {
 
@@ -281,23 +282,6 @@ int32_t RecordProbe(const void *element, const void *key) {
     return ById(element, key);
 }
 
-/* What a search looks at, told by the rule with plain numbers: lo, hi and the middle between them. */
-U32 ExpectedProbes(const U32 &ids, uint32_t key) {
-    U32 probes;
-    uint32_t lo = 0;
-    uint32_t hi = static_cast<uint32_t>(ids.size());
-    uint32_t mid = hi / 2;
-    while (true) {
-        probes.push_back(ids[mid]);
-        if (ids[mid] == key)
-            return probes;
-        (ids[mid] > key ? hi : lo) = mid;
-        if ((lo + hi) / 2 == mid)
-            return probes;
-        mid = (lo + hi) / 2;
-    }
-}
-
 TEST_F(OrderedTable, LooksAtTheMiddleOfWhatIsLeft) {
     Fill({10, 20, 30, 40, 50, 60, 70});
     tbl->pfCompare = RecordProbe;
@@ -327,10 +311,10 @@ TEST_F(OrderedTable, LooksAtTheSameElementsForEveryCountAndKey) {
         for (uint32_t key = 1; key <= 2 * count + 1; ++key) {
             g_probes.clear();
             Find(key);
-            ASSERT_EQ(ExpectedProbes(ids, key), g_probes) << "key " << key << " of " << count;
+            ASSERT_EQ(ProbesOf(ids, key), g_probes) << "key " << key << " of " << count;
             g_probes.clear();
             FindProx(key);
-            ASSERT_EQ(ExpectedProbes(ids, key), g_probes) << "key " << key << " of " << count;
+            ASSERT_EQ(ProbesOf(ids, key), g_probes) << "key " << key << " of " << count;
         }
     }
 }

@@ -16,25 +16,22 @@ using namespace address_samples;
 template <typename Packed>
 using Reading = std::optional<Packed>;
 
-Reading<Packed4> Ours4(const std::string &text) {
-    Packed4 packed;
-    return kivo_inet_pton4(text.c_str(), packed.data()) == 1 ? Reading<Packed4>(packed) : std::nullopt;
+template <typename Packed, int32_t (*Read)(const char *, uint8_t *)>
+Reading<Packed> Ours(const std::string &text) {
+    Packed packed;
+    return Read(text.c_str(), packed.data()) == 1 ? Reading<Packed>(packed) : std::nullopt;
 }
 
-Reading<Packed4> Theirs4(const std::string &text) {
-    Packed4 packed;
-    return inet_pton(AF_INET, text.c_str(), packed.data()) == 1 ? Reading<Packed4>(packed) : std::nullopt;
+template <typename Packed, int FAMILY>
+Reading<Packed> Theirs(const std::string &text) {
+    Packed packed;
+    return inet_pton(FAMILY, text.c_str(), packed.data()) == 1 ? Reading<Packed>(packed) : std::nullopt;
 }
 
-Reading<Packed6> Ours6(const std::string &text) {
-    Packed6 packed;
-    return kivo_inet_pton6(text.c_str(), packed.data()) == 1 ? Reading<Packed6>(packed) : std::nullopt;
-}
-
-Reading<Packed6> Theirs6(const std::string &text) {
-    Packed6 packed;
-    return inet_pton(AF_INET6, text.c_str(), packed.data()) == 1 ? Reading<Packed6>(packed) : std::nullopt;
-}
+constexpr auto Ours4 = Ours<Packed4, kivo_inet_pton4>;
+constexpr auto Ours6 = Ours<Packed6, kivo_inet_pton6>;
+constexpr auto Theirs4 = Theirs<Packed4, AF_INET>;
+constexpr auto Theirs6 = Theirs<Packed6, AF_INET6>;
 
 /* --- what differs --- */
 

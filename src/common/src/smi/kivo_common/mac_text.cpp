@@ -5,22 +5,10 @@
 #include <securec.h>
 
 #include "kivo_common/hex_digits.h"
+#include "kivo_common/text_ring.h"
 
-static constexpr uint32_t RING = 8;
-static constexpr char NO_ADDRESS[] = "-"; /* what the rings give for null */
-
-static char g_aszGroupRing[RING][16];
-static uint32_t g_ulGroupRing;
-static char g_aszByteRing[RING][20];
-static uint32_t g_ulByteRing;
-
-/* The next buffer of a ring. Unlocked: threads that meet here get the same buffer, but never one outside the ring. */
-template <size_t ROOM>
-static char *NextBuffer(char (&aszRing)[RING][ROOM], uint32_t *pulRing) {
-    const uint32_t ulNext = (*pulRing + 1) % RING;
-    *pulRing = ulNext;
-    return aszRing[ulNext];
-}
+static TEXT_RING_S<16> g_stGroupRing;
+static TEXT_RING_S<20> g_stByteRing;
 
 /* Writes the address with cSeparator after every PER_GROUP bytes but the last, and a terminator: 12 characters and
  * those separators. Returns the number of characters. */
@@ -64,16 +52,16 @@ int32_t SRV_MacToStrWithoutHyphen(const uint8_t *pucMac, char *szBuffer, uint32_
 
 const char *SRV_MacAddrtoStr(const uint8_t *pucMac) {
     if (pucMac == nullptr)
-        return NO_ADDRESS;
-    char *const szBuffer = NextBuffer(g_aszGroupRing, &g_ulGroupRing);
+        return TEXT_RING_NONE;
+    char *const szBuffer = TEXT_RING_Next(g_stGroupRing);
     (void)Write<2>(pucMac, szBuffer, HEX_LOWER, '-');
     return szBuffer;
 }
 
 const char *SRV_MacAddrtoStrByteSplit(const uint8_t *pucMac) {
     if (pucMac == nullptr)
-        return NO_ADDRESS;
-    char *const szBuffer = NextBuffer(g_aszByteRing, &g_ulByteRing);
+        return TEXT_RING_NONE;
+    char *const szBuffer = TEXT_RING_Next(g_stByteRing);
     (void)Write<1>(pucMac, szBuffer, HEX_LOWER, '-');
     return szBuffer;
 }

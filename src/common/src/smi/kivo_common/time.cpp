@@ -12,24 +12,23 @@ uint32_t SRV_TmBootInSec() {
     return ulSeconds;
 }
 
-uint32_t SRV_TmNowInSec() {
+/* Seconds of what a calendar clock of the host shows. */
+static uint32_t SecondsOf(uint32_t (*pfClock)(QAL_DATE_S *, QAL_TIME_S *, uint32_t *)) {
     QAL_DATE_S stDate{};
     QAL_TIME_S stTime{};
     uint32_t ulRemainder = 0;
     uint32_t ulSeconds = 0;
-    (void)QAL_TmGet(&stDate, &stTime, &ulRemainder);
+    (void)pfClock(&stDate, &stTime, &ulRemainder);
     (void)QAL_TmDateTimeInSec(&stDate, &stTime, &ulSeconds);
     return ulSeconds;
 }
 
+uint32_t SRV_TmNowInSec() {
+    return SecondsOf(QAL_TmGet);
+}
+
 uint32_t SRV_GmTmNowInSec() {
-    QAL_DATE_S stDate{};
-    QAL_TIME_S stTime{};
-    uint32_t ulRemainder = 0;
-    uint32_t ulSeconds = 0;
-    (void)QAL_GmTmGet(&stDate, &stTime, &ulRemainder);
-    (void)QAL_TmDateTimeInSec(&stDate, &stTime, &ulSeconds);
-    return ulSeconds;
+    return SecondsOf(QAL_GmTmGet);
 }
 
 /* Makes the C library forget the zone it knows: the detour over UTC counts as a change of TZ, so that the second tzset

@@ -6,29 +6,18 @@
 #include <uvelhost/assert.h>
 #include <uvelhost/strings.h>
 
+#include "kivo_common/text_ring.h"
 #include "kivo_ipcommon/ipv6_groups.h"
 
 static constexpr char SOURCE[] = "src/common/src/smi/kivo_ipcommon";
-static constexpr char NO_ADDRESS[] = "-"; /* the text of null */
-static constexpr uint32_t RING = 8;
 
-static char g_aszIpv4Ring[RING][16];
-static uint32_t g_ulIpv4Ring;
-static char g_aszIpv6Ring[RING][64];
-static uint32_t g_ulIpv6Ring;
-
-/* The next buffer of a ring. Unlocked: threads that meet here get the same buffer, but never one outside the ring. */
-template <size_t ROOM>
-static char *NextBuffer(char (&aszRing)[RING][ROOM], uint32_t *pulRing) {
-    const uint32_t ulNext = (*pulRing + 1) % RING;
-    *pulRing = ulNext;
-    return aszRing[ulNext];
-}
+static TEXT_RING_S<KIVO_INET_V4_ROOM> g_stIpv4Ring;
+static TEXT_RING_S<64> g_stIpv6Ring;
 
 const char *SRV_IpAddrtoStr(uint32_t ulAddr) {
-    char *szBuffer = NextBuffer(g_aszIpv4Ring, &g_ulIpv4Ring);
-    if (sprintf_s(szBuffer, sizeof(g_aszIpv4Ring[0]), "%u.%u.%u.%u", ulAddr >> 24, ulAddr >> 16 & 0xFF,
-                  ulAddr >> 8 & 0xFF, ulAddr & 0xFF) < 0)
+    char *szBuffer = TEXT_RING_Next(g_stIpv4Ring);
+    if (sprintf_s(szBuffer, KIVO_INET_V4_ROOM, "%u.%u.%u.%u", ulAddr >> 24, ulAddr >> 16 & 0xFF, ulAddr >> 8 & 0xFF,
+                  ulAddr & 0xFF) < 0)
         qal_assert(SOURCE, __LINE__);
     return szBuffer;
 }
@@ -51,8 +40,8 @@ uint32_t SRV_StrToIpAddr(const char *pszText, uint32_t *pulAddr) {
 
 const char *SRV_Ipv6AddrtoStr(const uint8_t *pucAddr) {
     if (pucAddr == nullptr)
-        return NO_ADDRESS;
-    char *szBuffer = NextBuffer(g_aszIpv6Ring, &g_ulIpv6Ring);
+        return TEXT_RING_NONE;
+    char *szBuffer = TEXT_RING_Next(g_stIpv6Ring);
     (void)KIVO_oxm_inet_ntop(KIVO_INET_V6, pucAddr, szBuffer, KIVO_INET_V6_ROOM);
     return szBuffer;
 }

@@ -36,7 +36,7 @@ std::string_view TakeUntil(std::string_view &text, char mark) {
 
 bool IsPort(std::string_view text) {
     return !text.empty() && text.size() <= 5 && text.find_first_not_of("0123456789") == text.npos &&
-           std::atoi(std::string(text).c_str()) - 1U < 65535U;
+           static_cast<unsigned>(std::atoi(std::string(text).c_str())) - 1 < 65535;
 }
 
 /* A name or an address, that of IPv6 in brackets, and a port. */

@@ -2,8 +2,8 @@
 
 #include <charconv>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
-#include <sstream>
 #include <unordered_map>
 
 namespace uvel::yaml {
@@ -174,16 +174,21 @@ Node LoadText(const std::string &text, const std::string &name) {
 }
 
 Node LoadFile(const std::string &path) {
+    /* Of a directory and a pipe the length is no length, and a pipe's opening waits for a writer. */
+    std::error_code unknown;
+    if (std::filesystem::exists(path, unknown) && !std::filesystem::is_regular_file(path, unknown))
+        throw WrongDocument(path + ": expected a regular file");
     std::ifstream file(path, std::ios::binary | std::ios::ate);
     if (!file)
         throw WrongDocument(path + ": " + std::strerror(errno));
-    if (file.tellg() > MAX_FILE_BYTES)
-        throw WrongDocument(path + ": expected at most 16 MiB, found " + std::to_string(file.tellg()) + " bytes");
+    const std::streamoff size = file.tellg();
+    if (size > MAX_FILE_BYTES)
+        throw WrongDocument(path + ": expected at most 16 MiB, found " + std::to_string(size) + " bytes");
     file.seekg(0);
-    std::ostringstream text;
-    if (!(text << file.rdbuf()) && !file.eof())
+    std::string text(static_cast<size_t>(size), '\0');
+    if (!file.read(text.data(), size))
         throw WrongDocument(path + ": " + std::strerror(errno));
-    return LoadText(text.str(), path);
+    return LoadText(text, path);
 }
 
 } // namespace uvel::yaml

@@ -1,7 +1,10 @@
 #include <yaml/document.h>
 
+#include <cerrno>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 using namespace uvel::yaml;
 
@@ -121,6 +124,21 @@ TEST(YamlDocument, ThatIsNoYamlIsRefusedWithItsPlace) {
 TEST(YamlFile, ThatCannotBeReadSaysWhy) {
     EXPECT_EQ("/no/such/file.yaml: No such file or directory", ComplaintOf([] { LoadFile("/no/such/file.yaml"); }));
     EXPECT_NE("accepted", ComplaintOf([] { LoadFile("/"); }));
+}
+
+TEST(YamlFile, ThatIsEmptyHoldsNothing) {
+    const std::string path = testing::TempDir() + "empty.yaml";
+    std::ofstream(path).flush();
+    errno = EISDIR; /* left by something else */
+    EXPECT_TRUE(LoadFile(path).IsNothing());
+}
+
+TEST(YamlFile, ThatIsNoRegularOneIsRefusedWithoutWaiting) {
+    EXPECT_EQ("/tmp: expected a regular file", ComplaintOf([] { LoadFile("/tmp"); }));
+    const std::string path = testing::TempDir() + "yaml_pipe_" + std::to_string(getpid());
+    ASSERT_EQ(0, mkfifo(path.c_str(), 0600));
+    EXPECT_EQ(path + ": expected a regular file", ComplaintOf([&] { LoadFile(path); }));
+    unlink(path.c_str());
 }
 
 TEST(YamlFile, IsReadWhole) {

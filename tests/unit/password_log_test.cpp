@@ -1,31 +1,15 @@
-/* The private log drops the lines of the library's own level, so the line of a failed decryption is seen nowhere. Here
- * the source is compiled once more, under other names, with a log that keeps its line. */
+// The line of a failed decryption.
+
 #define SRV_CRYPT_GetClearPassword ProbedGetClearPassword
 #define SRV_CRYPT_GetClearAndCipherPassword ProbedGetClearAndCipherPassword
-#define NAC_Utils_PvtLog ProbedPvtLog
+#define NAC_Utils_PvtLog ProbedPasswordLog
 #include "../../src/common/src/smi/kivo_common/password.cpp"
 
-#include <cstdarg>
-#include <cstdio>
-#include <string>
-
-#include "kit.h"
-
-static std::vector<std::string> g_lines;
-
-void ProbedPvtLog(uint32_t level, const char *format, ...) {
-    char text[256];
-    va_list args;
-    va_start(args, format);
-    std::vsnprintf(text, sizeof text, format, args);
-    va_end(args);
-    g_lines.push_back(std::to_string(level) + " " + text);
-}
+#include "probed_log.h"
 
 namespace {
 
-std::vector<std::string> LinesFor(uint32_t format, uint32_t decryptResult, uint8_t accept) {
-    g_lines.clear();
+Lines LinesFor(uint32_t format, uint32_t decryptResult, uint8_t accept) {
     kit::Op<PSSP_CryptIsCipher>().Returns(format);
     kit::Op<PSSP_DecryptSec>().Does([=](const char *, uint32_t, char *clear, uint32_t, uint32_t, const uint8_t *) {
         *clear = '\0';
@@ -44,19 +28,17 @@ std::vector<std::string> LinesFor(uint32_t format, uint32_t decryptResult, uint8
     record.ulMaxClearLen = 16;
     record.ucAcceptUndecryptable = accept;
     (void)ProbedGetClearAndCipherPassword(&record);
-    return g_lines;
+    return TakeLines();
 }
 
 TEST(PasswordLog, TellsTheResultOfAFailedDecryptionAtLevelOne) {
-    const std::vector<std::string> expected = {
-        "1 SRV_CRYPT_GetClearAndCipherPassword failed. ulChkResult = 4294967295"};
+    const Lines expected = {"1 SRV_CRYPT_GetClearAndCipherPassword failed. ulChkResult = 4294967295"};
     for (uint32_t format : {8u, 9u, 10u, 11u})
         EXPECT_EQ(expected, LinesFor(format, 0xFFFFFFFF, 0)) << format;
 }
 
 TEST(PasswordLog, TellsItAlsoWhenTheTextIsThenTakenAsClear) {
-    EXPECT_EQ(std::vector<std::string>{"1 SRV_CRYPT_GetClearAndCipherPassword failed. ulChkResult = 5"},
-              LinesFor(8, 5, 1));
+    EXPECT_EQ(Lines{"1 SRV_CRYPT_GetClearAndCipherPassword failed. ulChkResult = 5"}, LinesFor(8, 5, 1));
 }
 
 TEST(PasswordLog, IsSilentOtherwise) {

@@ -1,0 +1,62 @@
+/* Nodes, processes, virtual systems and the command line. */
+#include <uvelcommon_base/kivo_process_query.h>
+
+#include <securec.h>
+
+#include "host_read.h"
+#include <uvelcommon_base/kivo_settings.h>
+#include <uvelhost/assert.h>
+#include <uvelhost/device.h>
+#include <uvelhost/vrf.h>
+
+static constexpr char SOURCE[] = "src/common_adp/src/kivo_pdtadapt";
+
+/* The common specification that limits virtual systems. */
+static constexpr uint32_t SPEC_VSYS_LIMIT = 0;
+
+uint32_t g_uveldMainNodeID;
+
+uint32_t KIVO_Adapt_IPC_GetMainNodeID(void) {
+    return g_uveldMainNodeID;
+}
+
+uint32_t KIVO_Adapt_GetInstanceNameByNodeID(uint32_t, uint32_t ulInstance, char *pszName, uint32_t ulSize) {
+    if (pszName == nullptr) {
+        qal_assert(SOURCE, __LINE__);
+        return KIVO_FAIL;
+    }
+    (void)sprintf_s(pszName, ulSize, "process %2u", ulInstance >> 12 & 0xFF);
+    return KIVO_OK;
+}
+
+uint32_t KIVO_Adapt_GetInstanceNameMaxLen(uint32_t *pulLen) {
+    if (pulLen == nullptr)
+        return KIVO_FAIL;
+    *pulLen = KIVO_INSTANCE_NAME_SIZE;
+    return KIVO_OK;
+}
+
+uint32_t KIVO_Adapt_CFG_GetVsysID(void) {
+    return CFG_GetVsysID();
+}
+
+uint32_t KIVO_Adapt_GetVsysIDByIfFullName(const char *pszName) {
+    const uint32_t ulId = ReadOr<BDS_l3vpnName2VrfIdQueryByName>(0U, pszName);
+    return ulId < KIVO_GetKivoCommonSpec(SPEC_VSYS_LIMIT) ? ulId : 0;
+}
+
+uint32_t KIVO_Adapt_SupportOnlyLsw(void) {
+    return DEV_SupportOnlyLsw();
+}
+
+uint32_t KIVO_Adapt_RegistChineseCLI(uint32_t ulMid, const CLI_TEXT_S *pstTexts, uint32_t ulCount) {
+    return CLI_RegistChinese(ulMid, pstTexts, ulCount);
+}
+
+uint32_t KIVO_Adapt_SpuCpuHelp(char *pszHelp, uint32_t ulSize) {
+    return SPU_CpuHelp(pszHelp, ulSize);
+}
+
+uint32_t KIVO_Adapt_SpuCpuCheck(const char *pszArgument, uint32_t *pulSlot, uint32_t *pulCpu) {
+    return SPU_CpuCheck(pszArgument, pulSlot, pulCpu);
+}

@@ -3,6 +3,18 @@
  * A message is a block of bytes; its pointer leads to the first byte of the body. What the host keeps with it (length,
  * node and channel ids) is out of sight. A node is a process on a board, a channel is where a task of it receives.
  *
+ * Processes of one device meet in a folder, which must belong to their user alone: $UVELHOST_RUN_DIR, without that
+ * /run/uvelhost for root and $XDG_RUNTIME_DIR/uvelhost (failing that /tmp/uvelhost-<uid>) for other users. A connection
+ * from a process of another user, root excepted, is refused.
+ *
+ * Usage, to tell the event task of another process something:
+ *     CMNGA_QueryNodeId(ulMid, UVELHOST_NONE, UVELHOST_NONE, aulNode, &ulCount);
+ *     pMsg = IPC_AllocMsg_X(ulOwnMid, ulLen);
+ *     IPC_SetSrcAndDstChannelId(pMsg, ulOwnChannel, ulItsChannel);
+ *     IPC_SetSrcAndDstNodeId(pMsg, IPC_GetSelfNodeId(), aulNode[0]);
+ *     if (IPC_Send(ulMsgType, pMsg) != 0)
+ *         IPC_FreeMsg(pMsg);
+ *
  * Ownership: a message belongs to whoever holds it, until that one frees it or hands it on. It may be freed on another
  * thread than the one that allocated it. */
 #ifndef UVELHOST_IPC_H
@@ -48,6 +60,28 @@ UVELHOST_API void IPC_SetSrcAndDstNodeId(void *pMsg, uint32_t ulSrcNode, uint32_
 /* Node id of this process; it never changes. Asked for every message: it costs a load. */
 UVELHOST_API uint32_t IPC_GetSelfNodeId(void);
 
+/* ---- sending ---- */
+
+#define IPC_MAX_REMOTE 16777216U /* bytes of the longest message that crosses from process to process */
+
+/* Sends a message of the type ulMsgType to the node and channel that are stored in it; the host owns it then. Messages
+ * of one sender to one channel arrive in their order. Waits a second at most when the receiving process does not keep
+ * up. A failure leaves the message with the caller: null, no such node, a message for another process that is longer
+ * than IPC_MAX_REMOTE, no room for more, and, for this process, no such channel. A channel that another process does
+ * not have is that one's to count. */
+UVELHOST_API uint32_t IPC_Send(uint32_t ulMsgType, void *pMsg);
+
+typedef struct {
+    uint64_t ulSent;         /* messages accepted by IPC_Send */
+    uint64_t ulRefused;      /* messages refused by IPC_Send */
+    uint64_t ulReceived;     /* messages handed to a channel's function */
+    uint64_t ulDropped;      /* messages that arrived for a channel that is not open, or found no memory */
+    uint64_t ulRefusedPeers; /* connections from processes of other users */
+} IPC_STATS_S;
+
+/* Copies the counters of this process. */
+UVELHOST_API uint32_t IPC_GetStats(IPC_STATS_S *pstStats);
+
 /* ---- receiving ---- */
 
 /* Opens the channel ulChannel of this process. ulMode is IPC_MODE_CALLBACK. Fails for another mode, a null function, a
@@ -59,6 +93,15 @@ UVELHOST_API uint32_t IPC_Create(uint32_t ulChannel, uint32_t ulMode, IPC_RECV_C
  * null function and for a module that is offered already; the library raises a fatal error then. Calls may arrive
  * before this returns. */
 UVELHOST_API uint32_t IPC_RPC_RegisterEx(uint32_t ulMid, uint32_t ulMode, uint32_t ulType, IPC_RPC_CB pfCall);
+
+#define IPC_RPC_NOBODY 0xFFFFFFFFU /* result of a call that nobody serves at the node */
+
+/* Calls the module ulMid of a node with a message, which stays the caller's, and waits for the answer ulTimeoutMs at
+ * most. 0 when an answer came: the callee's result is in *pulResult and its message, the caller's now, in *ppReply (null:
+ * none). Fails for null arguments, when the node is not there or goes away, when the time is over, and on the host's
+ * receiving thread, which must not wait. */
+UVELHOST_API uint32_t IPC_RPC_Call(uint32_t ulNode, uint32_t ulMid, void *pMsg, uint32_t ulTimeoutMs,
+                                   uint32_t *pulResult, void **ppReply);
 
 /* ---- messages of the configuration database ---- */
 

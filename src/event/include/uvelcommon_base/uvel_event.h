@@ -123,6 +123,13 @@ UVEL_API uint32_t UVEL_EVENT_WriteEvtQueue(uint32_t ulChannel, uint32_t ulMsgTyp
 
 /* ---- the task ---- */
 
+/* Takes own module and task id from the application record, makes queue and channel, offers the module to database
+ * calls, registers the component unless this is the main process, and calls the two hooks of the start. 0; failures are
+ * fatal. */
+UVEL_API uint32_t UVEL_EVENT_Init(void);
+UVEL_API void UVEL_EVENT_CreateQueIpc(void);
+UVEL_API void UVEL_EVENT_RegisterRPC(uint32_t ulMid);
+
 /* Serves the queue "EVNT" for ever. */
 UVEL_API void UVEL_EVENT_Main(void);
 

@@ -1,0 +1,30 @@
+#include "ipc/exchange.h"
+
+#include <algorithm>
+
+namespace uvel::host {
+
+bool Exchange::RegisterComponent(uint32_t mid, uint32_t type, uint32_t slot) {
+    if (!Join())
+        return false;
+    std::lock_guard lock(lock_);
+    const auto known =
+        std::find_if(components_.begin(), components_.end(), [&](const Component &c) { return c.mid == mid; });
+    if (known != components_.end())
+        return known->type == type;
+    const Component component = {SelfNode(), mid, type, slot};
+    if (!folder_.Publish(component))
+        return false;
+    components_.push_back(component);
+    return true;
+}
+
+bool Exchange::Components(std::vector<Component> &components) {
+    std::lock_guard lock(lock_);
+    if (!folder_.Open())
+        return false;
+    components = folder_.Components();
+    return true;
+}
+
+} // namespace uvel::host

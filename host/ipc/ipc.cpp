@@ -53,11 +53,15 @@ uint32_t IPC_RPC_Call(uint32_t ulNode, uint32_t ulMid, void *pMsg, uint32_t ulTi
     return Result([&] { return Exchange::The().Call(ulNode, ulMid, pMsg, ulTimeoutMs, pulResult, ppReply); });
 }
 
+/* Slot of this board; none while the device is not known, which stands for any in a question. */
+static uint32_t OwnSlot() {
+    uint32_t slot = UVELHOST_NONE;
+    (void)DEVM_DB_GetSelfSlotId(&slot);
+    return slot;
+}
+
 uint32_t CMNGA_ModuleRegister(uint32_t ulMid, uint32_t ulComTypeId) {
-    uint32_t slot = 0;
-    if (DEVM_DB_GetSelfSlotId(&slot) != UVELHOST_OK)
-        return 1;
-    return Result([&] { return Exchange::The().RegisterComponent(ulMid, ulComTypeId, slot); });
+    return Result([&] { return Exchange::The().RegisterComponent(ulMid, ulComTypeId, OwnSlot()); });
 }
 
 uint32_t CMNGA_QueryNodeId(uint32_t ulMid, uint32_t ulComTypeId, uint32_t ulSlot, uint32_t *pulNode,
@@ -82,12 +86,11 @@ uint32_t CMNGA_QueryNodeId(uint32_t ulMid, uint32_t ulComTypeId, uint32_t ulSlot
 }
 
 uint32_t CMNGA_QueryCompProcByMid(uint32_t ulMid, uint32_t *pulProcessId) {
-    uint32_t slot = 0;
-    if (pulProcessId == nullptr || DEVM_DB_GetSelfSlotId(&slot) != UVELHOST_OK)
+    if (pulProcessId == nullptr)
         return 1;
     uint32_t nodes[CMNGA_MAX_NODES];
     uint32_t count = 0;
-    if (CMNGA_QueryNodeId(ulMid, UVELHOST_NONE, slot, nodes, &count) != UVELHOST_OK || count == 0)
+    if (CMNGA_QueryNodeId(ulMid, UVELHOST_NONE, OwnSlot(), nodes, &count) != UVELHOST_OK || count == 0)
         return 1;
     *pulProcessId = nodes[0];
     return UVELHOST_OK;

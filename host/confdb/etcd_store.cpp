@@ -15,16 +15,23 @@ constexpr unsigned PAGE = 1000;
 
 } // namespace
 
-void EtcdStore::UseNextNode(Deadline deadline, const StoreError &reason) {
-    if (Clock::now() + BETWEEN_NODES >= deadline)
-        throw reason;
+/* A node that cannot be trusted may be the only one of its kind: the others are tried once. */
+void EtcdStore::UseNextNode(Deadline deadline) {
+    if (Clock::now() + BETWEEN_NODES >= deadline || distrusted_ >= endpoint_.urls.size())
+        throw;
     node_ = (node_ + 1) % endpoint_.urls.size();
     std::this_thread::sleep_for(BETWEEN_NODES);
 }
 
 std::string EtcdStore::AskNode(const char *path, const std::string &body, HttpRequest::Patience patience) {
     request_.Prepare(endpoint_, endpoint_.urls[node_] + path, body, patience);
-    request_.Perform();
+    try {
+        request_.Perform();
+        distrusted_ = 0;
+    } catch (const TrustError &) {
+        ++distrusted_;
+        throw;
+    }
     return std::move(request_.Received());
 }
 
@@ -34,8 +41,8 @@ etcd::RangeReply EtcdStore::ReadPage(const etcd::KeyRange &range, uint64_t revis
         try {
             return etcd::ReadRange(AskNode("/v3/kv/range", body, HttpRequest::Patience::WHILE_IT_FLOWS),
                                    endpoint_.prefix);
-        } catch (const StoreError &error) {
-            UseNextNode(deadline, error);
+        } catch (const StoreError &) {
+            UseNextNode(deadline);
         }
     }
 }
@@ -58,9 +65,9 @@ std::optional<uint64_t> EtcdStore::Write(const Name &name, std::optional<std::st
             const auto reply = etcd::ReadWrite(AskNode("/v3/kv/txn", body, HttpRequest::Patience::SHORT));
             if (reply.is_done)
                 return reply.revision;
-        } catch (const StoreError &error) {
+        } catch (const StoreError &) {
             doubtful = revision;
-            UseNextNode(deadline, error);
+            UseNextNode(deadline);
         }
     }
 }

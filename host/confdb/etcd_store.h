@@ -29,11 +29,14 @@ class EtcdStore : public Store {
     etcd::RangeReply ReadPage(const etcd::KeyRange &range, uint64_t revision, Deadline deadline);
 
     std::optional<uint64_t> Write(const Name &name, std::optional<std::string_view> value);
-    void UseNextNode(Deadline deadline, const StoreError &reason);
+
+    /* Called while an exception is handled, which is thrown on when there is no point in going on. */
+    void UseNextNode(Deadline deadline);
 
     EtcdEndpoint endpoint_;
     HttpRequest request_;
     std::size_t node_ = 0;
+    std::size_t distrusted_ = 0; /* nodes in a row whose certificates do not fit */
 };
 
 } // namespace uvel::host::confdb

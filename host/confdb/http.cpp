@@ -97,8 +97,11 @@ std::size_t HttpRequest::Receive(char *bytes, std::size_t size, std::size_t coun
 void HttpRequest::Judge(CURLcode code) const {
     if (code == CURLE_OK)
         return;
-    throw StoreError(url_.substr(0, url_.find("/v3/")) + ": " +
-                     (error_[0] == '\0' ? curl_easy_strerror(code) : error_));
+    const std::string text =
+        url_.substr(0, url_.find("/v3/")) + ": " + (error_[0] == '\0' ? curl_easy_strerror(code) : error_);
+    if (code == CURLE_PEER_FAILED_VERIFICATION || code == CURLE_SSL_CERTPROBLEM || code == CURLE_SSL_CACERT_BADFILE)
+        throw TrustError(text);
+    throw StoreError(text);
 }
 
 void HttpRequest::Perform() {

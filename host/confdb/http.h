@@ -13,6 +13,11 @@
 
 namespace uvel::host::confdb {
 
+/* Certificates do not fit: a matter of configuration, which no other attempt will change. */
+class TrustError : public StoreError {
+    using StoreError::StoreError;
+};
+
 /* A POST to etcd and what has arrived of the answer. Can be used again when it is done. */
 class HttpRequest {
   public:

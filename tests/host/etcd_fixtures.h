@@ -9,6 +9,7 @@
 #include <netinet/in.h>
 #include <numeric>
 #include <sys/socket.h>
+#include <thread>
 
 namespace confdb_test {
 
@@ -29,6 +30,22 @@ inline int FreePort() {
     return ntohs(address.sin_port);
 }
 
+/* Waits until somebody does; false after half a minute. */
+inline bool IsListening(int port) {
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    address.sin_port = htons(static_cast<uint16_t>(port));
+    for (const auto end = Clock::now() + 30s; Clock::now() < end; std::this_thread::sleep_for(5ms)) {
+        const int socket = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+        const int result = connect(socket, reinterpret_cast<sockaddr *>(&address), sizeof address);
+        close(socket);
+        if (result == 0)
+            return true;
+    }
+    return false;
+}
+
 struct TlsFiles {
     std::string ca, cert, key;
 };
@@ -41,6 +58,8 @@ class Etcd {
             nodes_.push_back({FreePort(), FreePort(), {}});
         for (int i = 0; i < nodes; ++i)
             Start(i);
+        for (int i = 0; i < nodes; ++i)
+            EXPECT_TRUE(IsListening(At(i).client_port)) << "etcd does not start";
     }
 
     /* Starts a node, or starts it again where it left off. */

@@ -1,0 +1,336 @@
+/* Events of the host: their ids and the records that callbacks receive.
+ *
+ * The library's adapters turn every notification of the host into an event: an id, a sub-event id and a record of fixed
+ * layout. Modules register for ids with UVEL_EventCallBackReg; their callback gets the sub-event id and a pointer to the
+ * record.
+ *
+ *     static uint32_t OnTrunkMember(uint32_t ulSubEvent, void *pData) {
+ *         const KIVO_EVT_TRUNK_MEMBER_S *pstMember = (const KIVO_EVT_TRUNK_MEMBER_S *)pData;
+ *         ...
+ *     }
+ *
+ * "now" events run their callbacks before the host's call returns, on the host's thread; "queue" events are copied and
+ * run them later on the event task. Which way an event goes never changes.
+ *
+ *     id          sub-event              way    record                   comes from
+ *     0           0                      queue  none                     configuration recovered
+ *     1           0 to 23, not 2         queue  KIVO_EVT_IF_S            interface, by its changes and its commands
+ *     3           0 to 3                 queue  KIVO_EVT_SLOT_S          slot
+ *     4           4 to 8                 queue  KIVO_EVT_CARD_S          card
+ *     5           23, 24, 26, 27, 32     queue  KIVO_EVT_IF_STATE_S      state of an interface
+ *     6           0, 1                   now    KIVO_EVT_IP_S            IPv4 address of an interface
+ *     8           0                      now    KIVO_EVT_VLAN_ATTR_S     attribute of a VLAN
+ *     9 to 12, 42 the id                 queue  KIVO_EVT_VLANS_S         VLANs in batches
+ *     13          13                     now    KIVO_EVT_VLANS_S         the same
+ *     14, 15, 46  the id                 queue  KIVO_EVT_VLAN_PORTS_S    ports of a VLAN; 46: of a range of VLANs
+ *     16, 17      0                      queue  KIVO_EVT_SUB_VLAN_S      sub-VLAN of a super-VLAN
+ *     18, 20      0                      queue  KIVO_EVT_QINQ_S          QinQ of a port
+ *     19, 21      0                      now    KIVO_EVT_QINQ_S          the same
+ *     22, 24      the id                 queue  KIVO_EVT_TRUNK_MEMBER_S  member of a trunk
+ *     23, 25      the id                 now    KIVO_EVT_TRUNK_MEMBER_S  the same
+ *     26          0                      queue  KIVO_EVT_TRUNK_DEL_S     a trunk goes
+ *     27          16, 17                 queue  KIVO_EVT_VLAN_STATE_S    interface of a VLAN, up or down
+ *     28, 30, 32  the id                 queue  KIVO_EVT_PORT_SWITCH_S   port changes between layers
+ *     29, 31      the id                 now    KIVO_EVT_PORT_SWITCH_S   the same
+ *     34, 35      0                      now    KIVO_EVT_BUILDRUN_S      configuration of a VLAN is shown
+ *     41          31                     queue  KIVO_EVT_VRF_SET_S       VRF of something
+ *     45          45                     now    KIVO_EVT_BD_S            bridge domain
+ *     47, 48      the id                 queue  KIVO_EVT_PORT_S          value of a port
+ *     1101        0xFFFFFFFF             queue  u16 virtual-system id    virtual system created
+ *     1101        0                      now    KIVO_EVT_VSYS_S          virtual system that was there at start-up
+ *     1102        0xFFFFFFFF             queue  u16 virtual-system id    virtual system deleted
+ *     1200, 1201  0                      now    the host's own data      question: may a member, may a port change?
+ *     1300        0                      now    KIVO_EVT_IF_S            question: may an interface be configured so?
+ *     1301        1301                   now    KIVO_EVT_VLANS_S         VLANs created
+ *     1302        0                      now    KIVO_EVT_HYBRID_S        hybrid trunk port added to a VLAN
+ *
+ * Where an id stands for one of several host events of a kind, its name below carries the number of the host's event
+ * (NOW: the one with bit 30). What the platform means by each of these numbers is the platform's affair.
+ *
+ * All fields are in host byte order. Most records begin with their length in bytes and the user on whose behalf the
+ * change happened (EXEC_GetCurrentUserId). Reserved fields are zero where nothing else is said.
+ * Ownership: a record is valid during the callback only. */
+#ifndef UVELCOMMON_BASE_KIVO_EVENT_RECORDS_H
+#define UVELCOMMON_BASE_KIVO_EVENT_RECORDS_H
+
+#include <assert.h>
+#include <stddef.h>
+#include <uvelcommon_base/kivo_types.h>
+
+/* ---- event ids ---- */
+
+#define KIVO_EVT_CFG_RECOVERED 0U
+#define KIVO_EVT_IF 1U
+#define KIVO_EVT_SLOT 3U
+#define KIVO_EVT_CARD 4U
+#define KIVO_EVT_IF_STATE 5U
+#define KIVO_EVT_IP 6U
+#define KIVO_EVT_VLAN_ATTR 8U
+#define KIVO_EVT_VLANS_577 9U
+#define KIVO_EVT_VLANS_578 10U
+#define KIVO_EVT_VLANS_579 11U
+#define KIVO_EVT_VLANS_580 12U
+#define KIVO_EVT_VLANS_NOW_579 13U
+#define KIVO_EVT_VLAN_PORTS_161 14U
+#define KIVO_EVT_VLAN_PORTS_177 15U
+#define KIVO_EVT_SUB_VLAN_49 16U
+#define KIVO_EVT_SUB_VLAN_65 17U
+#define KIVO_EVT_QINQ_337 18U
+#define KIVO_EVT_QINQ_NOW_337 19U
+#define KIVO_EVT_QINQ_353 20U
+#define KIVO_EVT_QINQ_NOW_353 21U
+#define KIVO_EVT_TRUNK_MEMBER_8 22U
+#define KIVO_EVT_TRUNK_MEMBER_3 23U
+#define KIVO_EVT_TRUNK_MEMBER_7 24U
+#define KIVO_EVT_TRUNK_MEMBER_2 25U
+#define KIVO_EVT_TRUNK_DEL 26U
+#define KIVO_EVT_VLAN_STATE 27U
+#define KIVO_EVT_PORT_SWITCH_209 28U
+#define KIVO_EVT_PORT_SWITCH_NOW_209 29U
+#define KIVO_EVT_PORT_SWITCH_210 30U
+#define KIVO_EVT_PORT_SWITCH_NOW_193 31U
+#define KIVO_EVT_PORT_SWITCH_193 32U
+#define KIVO_EVT_BUILDRUN_387 34U
+#define KIVO_EVT_BUILDRUN_368 35U
+#define KIVO_EVT_VRF_SET 41U
+#define KIVO_EVT_VLANS_582 42U
+#define KIVO_EVT_BD 45U
+#define KIVO_EVT_VLAN_RANGE_PORTS_179 46U
+#define KIVO_EVT_PORT_593 47U
+#define KIVO_EVT_PORT_241 48U
+#define KIVO_EVT_VSYS_CREATED 1101U
+#define KIVO_EVT_VSYS_DELETED 1102U
+#define KIVO_EVT_TRUNK_MEMBER_HAS_CFG 1200U
+#define KIVO_EVT_PORT_HAS_CFG 1201U
+#define KIVO_EVT_IF_CFG_CHECK 1300U
+#define KIVO_EVT_VLANS_CREATED 1301U
+#define KIVO_EVT_HYBRID_PORT_ADDED 1302U
+
+/* ---- interfaces, slots, cards ---- */
+
+/* An interface. Fields that an event does not fill are 0xFFFFFFFF. In KIVO_EVT_IF_CFG_CHECK ulUserId and ulParam hold
+ * what is to be checked. */
+typedef struct {
+    uint32_t ulLen; /* 28 */
+    uint32_t ulUserId;
+    uint32_t ulReserved1; /* 0xFFFFFFFF */
+    uint32_t ulParam;     /* parameter of the command */
+    uint32_t ulReserved2; /* 0xFFFFFFFF */
+    uint32_t ulReserved3; /* 0xFFFFFFFF */
+    uint32_t ulIfIndex;
+} KIVO_EVT_IF_S;
+static_assert(sizeof(KIVO_EVT_IF_S) == 28, "size");
+static_assert(offsetof(KIVO_EVT_IF_S, ulParam) == 12, "offset");
+static_assert(offsetof(KIVO_EVT_IF_S, ulIfIndex) == 24, "offset");
+
+/* A slot: what the host says of it. */
+typedef struct {
+    uint32_t ulLen; /* 16 */
+    uint32_t ulUserId;
+    uint32_t aulHost[2];
+} KIVO_EVT_SLOT_S;
+static_assert(sizeof(KIVO_EVT_SLOT_S) == 16, "size");
+static_assert(offsetof(KIVO_EVT_SLOT_S, aulHost) == 8, "offset");
+
+/* A card: what the host says of it. */
+typedef struct {
+    uint32_t ulLen; /* 20 */
+    uint32_t ulUserId;
+    uint32_t aulHost[3];
+} KIVO_EVT_CARD_S;
+static_assert(sizeof(KIVO_EVT_CARD_S) == 20, "size");
+static_assert(offsetof(KIVO_EVT_CARD_S, aulHost) == 8, "offset");
+
+/* States of an interface; a state of the host other than down and up is passed on as it is. */
+#define KIVO_EVT_STATE_DOWN 28U
+#define KIVO_EVT_STATE_UP 29U
+#define KIVO_EVT_STATE_L2_SUB_DOWN 33U /* sub-event 32, layer-2 sub-interfaces */
+#define KIVO_EVT_STATE_L2_SUB_UP 34U
+
+/* A state of an interface; the sub-event id says which. */
+typedef struct {
+    uint32_t ulLen; /* 20 */
+    uint32_t ulUserId;
+    uint32_t ulIfIndex;
+    uint32_t ulState; /* KIVO_EVT_STATE_* */
+    uint32_t ulFlags; /* bits 0 and 6 of the host's flags */
+} KIVO_EVT_IF_STATE_S;
+static_assert(sizeof(KIVO_EVT_IF_STATE_S) == 20, "size");
+static_assert(offsetof(KIVO_EVT_IF_STATE_S, ulIfIndex) == 8, "offset");
+static_assert(offsetof(KIVO_EVT_IF_STATE_S, ulFlags) == 16, "offset");
+
+/* ---- addresses, VRFs, bridge domains ---- */
+
+/* An IPv4 address of an interface. */
+typedef struct {
+    uint32_t ulLen; /* 16 */
+    uint32_t ulUserId;
+    uint32_t ulIfIndex;
+    uint32_t ulAddr; /* in host order: 10.0.0.1 is 0x0A000001 */
+} KIVO_EVT_IP_S;
+static_assert(sizeof(KIVO_EVT_IP_S) == 16, "size");
+static_assert(offsetof(KIVO_EVT_IP_S, ulAddr) == 12, "offset");
+
+/* The VRF of something: what the host says of it. Without a length. */
+typedef struct {
+    uint32_t ulUserId;
+    uint32_t ulHost;
+} KIVO_EVT_VRF_SET_S;
+static_assert(sizeof(KIVO_EVT_VRF_SET_S) == 8, "size");
+
+/* A bridge domain: what the host says of it. Without length and user. */
+typedef struct {
+    uint32_t ulHost1;
+    uint16_t usHost2;
+    uint16_t usReserved;
+} KIVO_EVT_BD_S;
+static_assert(sizeof(KIVO_EVT_BD_S) == 8, "size");
+static_assert(offsetof(KIVO_EVT_BD_S, usHost2) == 4, "offset");
+
+/* ---- ports of layer 2 ---- */
+
+/* A value of a port. Without a length. */
+typedef struct {
+    uint32_t ulUserId;
+    uint32_t ulPortIndex;
+    uint16_t usValue;
+    uint16_t usReserved;
+} KIVO_EVT_PORT_S;
+static_assert(sizeof(KIVO_EVT_PORT_S) == 12, "size");
+static_assert(offsetof(KIVO_EVT_PORT_S, usValue) == 8, "offset");
+
+/* A port that changes between layer 2 and layer 3. */
+typedef struct {
+    uint32_t ulLen; /* 12 */
+    uint32_t ulUserId;
+    uint32_t ulIfIndex;
+} KIVO_EVT_PORT_SWITCH_S;
+static_assert(sizeof(KIVO_EVT_PORT_SWITCH_S) == 12, "size");
+static_assert(offsetof(KIVO_EVT_PORT_SWITCH_S, ulIfIndex) == 8, "offset");
+
+/* QinQ of a port: three words of the host's data. */
+typedef struct {
+    uint32_t ulLen; /* 20 */
+    uint32_t ulUserId;
+    uint32_t ulIfIndex;
+    uint16_t usWord6;
+    uint16_t usWord8;
+    uint16_t usWord9;
+    uint16_t usReserved;
+} KIVO_EVT_QINQ_S;
+static_assert(sizeof(KIVO_EVT_QINQ_S) == 20, "size");
+static_assert(offsetof(KIVO_EVT_QINQ_S, ulIfIndex) == 8, "offset");
+static_assert(offsetof(KIVO_EVT_QINQ_S, usWord6) == 12, "offset");
+static_assert(offsetof(KIVO_EVT_QINQ_S, usWord9) == 16, "offset");
+
+/* A hybrid trunk port and a VLAN it was added to. */
+typedef struct {
+    uint32_t ulLen; /* 16 */
+    uint32_t ulUserId;
+    uint32_t ulPort;
+    uint16_t usFirstVlan;
+    uint16_t usLastVlan; /* the same VLAN */
+} KIVO_EVT_HYBRID_S;
+static_assert(sizeof(KIVO_EVT_HYBRID_S) == 16, "size");
+static_assert(offsetof(KIVO_EVT_HYBRID_S, ulPort) == 8, "offset");
+static_assert(offsetof(KIVO_EVT_HYBRID_S, usLastVlan) == 14, "offset");
+
+/* ---- VLANs ---- */
+
+/* A set of VLANs: VLAN v is bit (v mod 32) of word v / 32. */
+typedef struct {
+    uint32_t ulLen; /* 520 */
+    uint32_t ulUserId;
+    uint32_t aulBitmap[128];
+} KIVO_EVT_VLANS_S;
+static_assert(sizeof(KIVO_EVT_VLANS_S) == 520, "size");
+static_assert(offsetof(KIVO_EVT_VLANS_S, aulBitmap) == 8, "offset");
+
+/* Ports of the VLANs usFirstVlan to usLastVlan: this head, then ulCount u32 port entries directly behind it. Without a
+ * length: it is (ulCount + 3) * 4. */
+typedef struct {
+    uint32_t ulUserId;
+    uint16_t usFirstVlan;
+    uint16_t usLastVlan;
+    uint32_t ulCount; /* at least 1 */
+} KIVO_EVT_VLAN_PORTS_S;
+static_assert(sizeof(KIVO_EVT_VLAN_PORTS_S) == 12, "the entries begin at offset 12");
+static_assert(offsetof(KIVO_EVT_VLAN_PORTS_S, usFirstVlan) == 4, "offset");
+static_assert(offsetof(KIVO_EVT_VLAN_PORTS_S, ulCount) == 8, "offset");
+
+/* A super-VLAN and a sub-VLAN of it. */
+typedef struct {
+    uint32_t ulLen; /* 12 */
+    uint32_t ulUserId;
+    uint16_t usSuperVlan;
+    uint16_t usSubVlan;
+} KIVO_EVT_SUB_VLAN_S;
+static_assert(sizeof(KIVO_EVT_SUB_VLAN_S) == 12, "size");
+static_assert(offsetof(KIVO_EVT_SUB_VLAN_S, usSubVlan) == 10, "offset");
+
+/* An attribute of a VLAN. */
+typedef struct {
+    uint32_t ulLen; /* 16 */
+    uint32_t ulUserId;
+    uint32_t ulAttr;
+    uint16_t usVlan;
+    uint16_t usReserved;
+} KIVO_EVT_VLAN_ATTR_S;
+static_assert(sizeof(KIVO_EVT_VLAN_ATTR_S) == 16, "size");
+static_assert(offsetof(KIVO_EVT_VLAN_ATTR_S, ulAttr) == 8, "offset");
+static_assert(offsetof(KIVO_EVT_VLAN_ATTR_S, usVlan) == 12, "offset");
+
+/* The interface of a VLAN; the sub-event id says what became of it. */
+typedef struct {
+    uint32_t ulLen; /* 12 */
+    uint32_t ulUserId;
+    uint16_t usVlan;
+    uint16_t usReserved;
+} KIVO_EVT_VLAN_STATE_S;
+static_assert(sizeof(KIVO_EVT_VLAN_STATE_S) == 12, "size");
+static_assert(offsetof(KIVO_EVT_VLAN_STATE_S, usVlan) == 8, "offset");
+
+/* The configuration of a VLAN is being shown. */
+typedef struct {
+    uint32_t ulLen; /* 24 */
+    uint32_t ulUserId;
+    uint64_t ullContext; /* 35: the host's context; 34: the address of a copy of it, valid during the callback */
+    uint16_t usVlan;
+    uint16_t ausReserved[3];
+} KIVO_EVT_BUILDRUN_S;
+static_assert(sizeof(KIVO_EVT_BUILDRUN_S) == 24, "size");
+static_assert(offsetof(KIVO_EVT_BUILDRUN_S, ullContext) == 8, "offset");
+static_assert(offsetof(KIVO_EVT_BUILDRUN_S, usVlan) == 16, "offset");
+
+/* ---- trunks ---- */
+
+/* A member of a trunk. */
+typedef struct {
+    uint32_t ulLen; /* 16 */
+    uint32_t ulUserId;
+    uint32_t ulMember;
+    uint32_t ulTrunkIndex; /* 0xFFFFFFFF: the host does not know the trunk any more */
+} KIVO_EVT_TRUNK_MEMBER_S;
+static_assert(sizeof(KIVO_EVT_TRUNK_MEMBER_S) == 16, "size");
+static_assert(offsetof(KIVO_EVT_TRUNK_MEMBER_S, ulTrunkIndex) == 12, "offset");
+
+/* A trunk that goes: the second and third argument of the host's notification. */
+typedef struct {
+    uint32_t ulLen; /* 16 */
+    uint32_t ulUserId;
+    uint32_t aulHost[2];
+} KIVO_EVT_TRUNK_DEL_S;
+static_assert(sizeof(KIVO_EVT_TRUNK_DEL_S) == 16, "size");
+static_assert(offsetof(KIVO_EVT_TRUNK_DEL_S, aulHost) == 8, "offset");
+
+/* ---- virtual systems ---- */
+
+/* A virtual system that was there when the event task started. Without length and user. */
+typedef struct {
+    uint32_t ulVrfIndex;
+    char szVrfName[32];
+} KIVO_EVT_VSYS_S;
+static_assert(sizeof(KIVO_EVT_VSYS_S) == 36, "size");
+static_assert(offsetof(KIVO_EVT_VSYS_S, szVrfName) == 4, "offset");
+
+#endif

@@ -1,7 +1,6 @@
 /* Batches from begin to end, mark and sweep, and giving replaced memory back. */
 #include "model/batch.h"
 
-#include <deque>
 #include <map>
 #include <mutex>
 
@@ -13,15 +12,9 @@ constinit std::mutex g_writer; /* held while a batch is open; guards everything 
 constinit thread_local Batch *t_open = nullptr;
 uint64_t g_last_draft = 0;
 
-struct Retired {
-    uint64_t version; /* last one that shows these blocks */
-    std::vector<void *> blocks;
-    std::unique_ptr<const Snapshot> snapshot;
-};
-
-/* Never destroyed: threads may change the model while the process ends. */
-std::deque<Retired> &RetiredBlocks() {
-    static auto *const retired = new std::deque<Retired>;
+/* Never destroyed: threads may change the model while the process ends. In ascending order of the versions. */
+std::list<Retired> &RetiredBlocks() {
+    static auto *const retired = new std::list<Retired>;
     return *retired;
 }
 
@@ -30,9 +23,12 @@ std::map<uint32_t, uint32_t> &Marks() {
     return *marks;
 }
 
+/* Frees what nobody can read any more. Not after every batch: a look at what readers announce takes the announcement
+ * out of their caches. */
 void Reclaim() {
+    constexpr std::size_t MANY_BATCHES = 64, MANY_BLOCKS = 4096;
     auto &retired = RetiredBlocks();
-    if (retired.empty())
+    if (retired.size() < MANY_BATCHES && retired.back().blocks.size() < MANY_BLOCKS)
         return;
     const uint64_t oldest = OldestVersionInUse();
     while (!retired.empty() && retired.front().version < oldest) {
@@ -42,20 +38,27 @@ void Reclaim() {
     }
 }
 
-void Publish(Batch &batch) {
-    auto &retired = RetiredBlocks();
+void Publish(Batch &batch, Retired &retired) {
     const Snapshot *old = g_published.snapshot.load(std::memory_order_relaxed);
-    batch.next->version = old->version + 1;
-    retired.push_back({old->version, {}, nullptr}); /* the last step that can fail */
-    retired.back().blocks = batch.draft.Publish();
+    const uint64_t version = batch.next->version;
+    retired.blocks = batch.draft.Publish();
     if (old->version != 1) /* the first one is static */
-        retired.back().snapshot.reset(old);
+        retired.snapshot.reset(old);
     g_published.snapshot.store(batch.next.release(), std::memory_order_seq_cst);
-    g_published.version.store(old->version + 1, std::memory_order_seq_cst);
+    g_published.version.store(version, std::memory_order_seq_cst);
+    Enqueue(batch.notices.release());
 }
 
-void End(Batch *batch) {
+void End(Batch *batch, bool publish) {
+    Retired &retired = batch->retired.front();
+    retired.version = g_published.version.load(std::memory_order_relaxed);
+    if (publish)
+        Publish(*batch, retired);
+    else
+        retired.blocks = batch->draft.GiveUp();
+    RetiredBlocks().splice(RetiredBlocks().end(), batch->retired);
     delete batch;
+    Reclaim();
     t_open = nullptr;
     g_writer.unlock();
 }
@@ -102,6 +105,10 @@ void RemoveWhere(Batch &batch, Take &&take) {
 
 } // namespace
 
+const Batch *uvel::host::model::OpenBatch() {
+    return t_open;
+}
+
 MDL_BATCH *MDL_Begin(uint32_t ulFeeder, uint32_t ulUserId) {
     if (t_open != nullptr)
         return nullptr;
@@ -109,6 +116,8 @@ MDL_BATCH *MDL_Begin(uint32_t ulFeeder, uint32_t ulUserId) {
     try {
         auto batch = std::make_unique<Batch>(g_last_draft + 1);
         batch->next = std::make_unique<Snapshot>(*g_published.snapshot.load(std::memory_order_relaxed));
+        batch->next->SetVersion(batch->next->version + 1);
+        RetiredBlocks();
         batch->notices = std::make_unique<Notices>();
         batch->notices->user = ulUserId;
         batch->feeder = ulFeeder;
@@ -125,21 +134,16 @@ MDL_BATCH *MDL_Begin(uint32_t ulFeeder, uint32_t ulUserId) {
 uint32_t MDL_Commit(MDL_BATCH *pstBatch) {
     if (pstBatch == nullptr || pstBatch != t_open)
         return 1;
-    const uint32_t result = Change(pstBatch, [&] {
+    const bool publish = !pstBatch->broken;
+    if (publish)
         pstBatch->notices->Seal();
-        Publish(*pstBatch);
-    });
-    if (result == UVELHOST_OK) {
-        Enqueue(pstBatch->notices.release());
-        Reclaim();
-    }
-    End(pstBatch);
-    return result;
+    End(pstBatch, publish);
+    return publish ? UVELHOST_OK : 1;
 }
 
 void MDL_Abort(MDL_BATCH *pstBatch) {
     if (pstBatch != nullptr && pstBatch == t_open)
-        End(pstBatch);
+        End(pstBatch, false);
 }
 
 uint32_t MDL_MarkAll(MDL_BATCH *pstBatch) {

@@ -5,16 +5,30 @@
 #include "model/notices.h"
 #include "model/reading.h"
 #include "model/snapshot.h"
+#include <list>
 #include <memory>
 #include <new>
+#include <vector>
+
+namespace uvel::host::model {
+
+/* Blocks that readers may still hold. */
+struct Retired {
+    uint64_t version = 0; /* last one whose readers do */
+    std::vector<void *> blocks;
+    std::unique_ptr<const Snapshot> snapshot;
+};
+
+} // namespace uvel::host::model
 
 /* The feeders' view of it is opaque. */
 struct MDL_BATCH {
-    explicit MDL_BATCH(uint64_t id) : draft(id) {}
+    explicit MDL_BATCH(uint64_t id) : draft(id), retired(1) {}
 
     uvel::host::model::Draft draft;
     std::unique_ptr<uvel::host::model::Snapshot> next;
     std::unique_ptr<uvel::host::model::Notices> notices;
+    std::list<uvel::host::model::Retired> retired; /* one entry, made beforehand: ending a batch needs no memory */
     uint32_t feeder = 0;
     uint32_t mark = 0;   /* of the feeder's last mark and sweep */
     bool broken = false; /* memory was short */
@@ -23,6 +37,9 @@ struct MDL_BATCH {
 namespace uvel::host::model {
 
 using Batch = MDL_BATCH;
+
+/* The batch that the calling thread has open; null without one. */
+const Batch *OpenBatch();
 
 /* Runs a change of an open batch; 1 for a null batch and when memory is, or was, short. */
 template <typename Function>
@@ -53,8 +70,8 @@ Before<T> Put(Batch &batch, Table<Key, T> &table, const Key &key, const T &value
         node->mark = batch.mark;
         return {&node->value, false};
     }
-    table.Set(batch.draft, key, {value, batch.feeder, batch.mark});
-    /* The node that was replaced lives as long as the published snapshot at least. */
+    table.Set(batch.draft, key, value, batch.feeder, batch.mark);
+    /* The node that was replaced is not freed before the batch ends. */
     return {node == nullptr ? nullptr : &node->value, true};
 }
 

@@ -30,9 +30,10 @@ void DemoteMain(Batch &batch, uint64_t keep) {
     });
     if (main == keep)
         return;
-    Node<Addr4> node = *batch.next->addr4.GetNode(main);
-    node.value.addr.ulMain = 0;
-    batch.next->addr4.Set(batch.draft, main, node);
+    const Node<Addr4> &node = *batch.next->addr4.GetNode(main);
+    Addr4 demoted = node.value;
+    demoted.addr.ulMain = 0;
+    batch.next->addr4.Set(batch.draft, main, demoted, node.feeder, node.mark);
 }
 
 uint32_t NextAge(const Snapshot &snapshot, uint32_t if_index) {
@@ -46,10 +47,6 @@ uint32_t NextAge(const Snapshot &snapshot, uint32_t if_index) {
 
 RouteKey KeyOf(const MDL_ROUTE_S &route) {
     return {route.ulVrfIndex, route.ulAddr, route.ulPrefixLen, route.ulIfIndex, route.ulNextHop};
-}
-
-bool IsIfIndex(uint32_t if_index) {
-    return if_index != 0 && if_index != UVELHOST_NONE;
 }
 
 constexpr uint32_t ADDRESS_ADDED = 16, ADDRESS_REMOVED = 32;

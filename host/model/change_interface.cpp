@@ -13,10 +13,6 @@ bool IsVlan(uint32_t vlan) {
     return vlan <= 4095 || vlan == MDL_NO_VLAN;
 }
 
-bool IsIfIndex(uint32_t if_index) {
-    return if_index != 0 && if_index != UVELHOST_NONE;
-}
-
 bool IsGood(const MDL_IF_S &interface) {
     const bool stands_for_one = interface.ulKind == MDL_IF_VLAN  ? interface.usVlanId != MDL_NO_VLAN
                                 : interface.ulKind == MDL_IF_VBD ? interface.ulBd != UVELHOST_NONE

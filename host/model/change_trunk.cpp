@@ -5,10 +5,6 @@ using namespace uvel::host::model;
 
 namespace {
 
-bool IsIfIndex(uint32_t if_index) {
-    return if_index != 0 && if_index != UVELHOST_NONE;
-}
-
 void NotifyTrunk(Batch &batch, uint32_t trunk_class, uint32_t event, uint32_t trunk_id, uint32_t value) {
     batch.notices->Add({.topic = MDL_TOPIC_TRUNK, .event = event, .a = trunk_id, .b = value, .c = trunk_class});
 }

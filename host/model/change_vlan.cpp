@@ -7,15 +7,6 @@ namespace {
 
 constexpr uint32_t VLANS = 4096;
 
-bool Has(const uint32_t *bitmap, uint32_t vlan) {
-    return (bitmap[vlan / 32] >> vlan % 32 & 1) != 0;
-}
-
-bool Joined(const MDL_PORT_VLANS_S &vlans, uint32_t vlan) {
-    return Has(vlans.aulUntagged, vlan) || Has(vlans.aulTagged, vlan) || Has(vlans.aulDynUntagged, vlan) ||
-           Has(vlans.aulDynTagged, vlan);
-}
-
 void SetBit(uint32_t *bitmap, uint32_t vlan, bool on) {
     const uint32_t bit = 1U << vlan % 32;
     bitmap[vlan / 32] = on ? bitmap[vlan / 32] | bit : bitmap[vlan / 32] & ~bit;
@@ -29,7 +20,7 @@ void Bind(MDL_PORT_VLANS_S &vlans, uint32_t vlan, uint32_t bind, bool dynamic) {
 /* The ports that joined, VLAN by VLAN; those that left, in runs of VLANs. */
 void NotifyPort(Batch &batch, const MDL_PORT_VLANS_S &before, const MDL_PORT_VLANS_S &after) {
     constexpr uint32_t ADDED = 161, DELETED = 177, DELETED_RANGE = 179;
-    const auto left = [&](uint32_t vlan) { return vlan < VLANS && Joined(before, vlan) && !Joined(after, vlan); };
+    const auto left = [&](uint32_t vlan) { return vlan < VLANS && IsInVlan(before, vlan) && !IsInVlan(after, vlan); };
     for (uint32_t vlan = 0; vlan < VLANS; ++vlan) {
         if (!left(vlan))
             continue;
@@ -39,7 +30,7 @@ void NotifyPort(Batch &batch, const MDL_PORT_VLANS_S &before, const MDL_PORT_VLA
         batch.notices->AddPortToList(first, vlan, first == vlan ? DELETED : DELETED_RANGE, after.ulPortIndex);
     }
     for (uint32_t vlan = 0; vlan < VLANS; ++vlan)
-        if (!Joined(before, vlan) && Joined(after, vlan))
+        if (!IsInVlan(before, vlan) && IsInVlan(after, vlan))
             batch.notices->AddPortToList(vlan, vlan, ADDED, after.ulPortIndex);
 }
 
@@ -84,7 +75,7 @@ constexpr MDL_VLAN_S BareVlan(uint32_t vlan) {
 void EmptyVlan(Batch &batch, uint32_t vlan) {
     std::vector<uint32_t> ports;
     batch.next->port_vlans.VisitFrom(0, [&](uint32_t port, const Node<MDL_PORT_VLANS_S> &node) {
-        if (Joined(node.value, vlan))
+        if (IsInVlan(node.value, vlan))
             ports.push_back(port);
         return true;
     });

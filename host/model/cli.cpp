@@ -2,9 +2,9 @@
 
 #include "model/query.h"
 #include <charconv>
+#include <cstdio>
 #include <mutex>
 #include <new>
-#include <string>
 #include <vector>
 
 using namespace uvel::host::model;
@@ -34,11 +34,6 @@ bool AreWhole(const CLI_TEXT_S *texts, uint32_t count) {
 
 bool IsServiceBoard(const MDL_BOARD_S &board) {
     return board.ulRole == MDL_BOARD_SERVICE && board.ulPresent != 0 && board.ulCpuCount != 0;
-}
-
-/* "<1-3>": numbers from the lowest to the highest. */
-std::string Range(uint32_t lowest, uint32_t highest) {
-    return "<" + std::to_string(lowest) + "-" + std::to_string(highest) + ">";
 }
 
 } // namespace
@@ -80,8 +75,9 @@ uint32_t SPU_CpuHelp(char *pszHelp, uint32_t ulSize) {
     });
     if (most_cpus == 0)
         return 1;
-    const std::string help = "slot/cpu: " + Range(lowest, highest) + "/" + Range(0, most_cpus - 1);
-    return WriteText(help.c_str(), pszHelp, ulSize);
+    char help[64];
+    std::snprintf(help, sizeof help, "slot/cpu: <%u-%u>/<0-%u>", lowest, highest, most_cpus - 1);
+    return WriteText(help, pszHelp, ulSize);
 }
 
 uint32_t SPU_CpuCheck(const char *pszArgument, uint32_t *pulSlot, uint32_t *pulCpu) {

@@ -6,10 +6,6 @@ using namespace uvel::host::model;
 
 namespace {
 
-bool IsIfIndex(uint32_t if_index) {
-    return if_index != 0 && if_index != UVELHOST_NONE;
-}
-
 uint32_t WriteState(uint32_t if_index, uint32_t *out, uint32_t MDL_IF_S::*state) {
     const Reading model;
     return Write(FindIf(model, if_index), out, [&](const MDL_IF_S &each) { return Effective(each, each.*state); });

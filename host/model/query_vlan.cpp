@@ -6,10 +6,6 @@ using namespace uvel::host::model;
 
 namespace {
 
-bool Has(const uint32_t *bitmap, uint32_t vlan) {
-    return (bitmap[vlan / 32] >> vlan % 32 & 1) != 0;
-}
-
 /* Second number of the first pair that begins with `first`; UVELHOST_NONE without one. */
 uint32_t FirstWith(const SortedMap<uint64_t, uint32_t> &map, uint32_t first) {
     uint32_t found = UVELHOST_NONE;

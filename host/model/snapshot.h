@@ -4,6 +4,7 @@
 
 #include "model/sorted_map.h"
 #include <array>
+#include <atomic>
 #include <compare>
 #include <cstdint>
 #include <cstring>
@@ -11,26 +12,30 @@
 
 namespace uvel::host::model {
 
-/* An object and what only feeders look at, under their lock. */
+/* An object since one version. Changing it hangs a newer node into its place in the map; who reads an older snapshot
+ * meets that one too and goes on to the node before it. */
 template <typename T>
 struct Node {
+    uint64_t since;   /* version of the first snapshot that shows it */
+    const Node *prev; /* what the snapshots before show; followed by their readers only */
     T value;
-    mutable uint32_t feeder;
+    mutable uint32_t feeder; /* this and the mark are looked at by feeders only, under their lock */
     mutable uint32_t mark;
 };
 
-/* Objects by key. */
+/* Objects by key. A change of an object copies nothing but the object, so that readers keep the map in their caches
+ * however often objects change; adding and removing change the map. */
 template <typename Key, typename T>
 class Table {
   public:
     const T *Get(const Key &key) const {
-        const Node<T> *const *node = map_.Find(key);
-        return node == nullptr ? nullptr : &(*node)->value;
+        const Node<T> *node = GetNode(key);
+        return node == nullptr ? nullptr : &node->value;
     }
 
     const Node<T> *GetNode(const Key &key) const {
-        const Node<T> *const *node = map_.Find(key);
-        return node == nullptr ? nullptr : *node;
+        const Place *place = map_.Find(key);
+        return place == nullptr ? nullptr : Seen(*place);
     }
 
     uint32_t Size() const { return map_.Size(); }
@@ -38,27 +43,50 @@ class Table {
     /* visit(key, const Node<T> &) answers whether to go on. */
     template <typename Visit>
     void VisitFrom(const Key &from, Visit &&visit) const {
-        map_.VisitFrom(from, [&](const Key &key, const Node<T> *node) { return visit(key, *node); });
+        map_.VisitFrom(from, [&](const Key &key, const Place &place) { return visit(key, *Seen(place)); });
     }
 
-    void Set(Draft &draft, const Key &key, const Node<T> &node) {
-        const Node<T> *old = GetNode(key);
-        auto *copy = new (draft.Allocate(sizeof node)) Node<T>(node);
-        map_.Set(draft, key, copy);
-        if (old != nullptr)
-            draft.Retire(old);
+    void Set(Draft &draft, const Key &key, const T &value, uint32_t feeder, uint32_t mark) {
+        const Place *place = map_.Find(key);
+        const Node<T> *old = place == nullptr ? nullptr : *place;
+        const Node<T> *shown = old != nullptr && old->since == version_ ? old->prev : old;
+        const auto *node = new (draft.Allocate(sizeof(Node<T>))) Node<T>{version_, shown, value, feeder, mark};
+        if (old == nullptr) {
+            map_.Set(draft, key, node);
+            return;
+        }
+        draft.Retire(old);
+        draft.UndoBy(Put, const_cast<Place *>(place), old);
+        Put(const_cast<Place *>(place), node);
     }
 
     void Erase(Draft &draft, const Key &key) {
-        const Node<T> *old = GetNode(key);
-        if (old == nullptr)
+        const Place *place = map_.Find(key);
+        if (place == nullptr)
             return;
+        draft.Retire(*place);
         map_.Erase(draft, key);
-        draft.Retire(old);
     }
 
+    /* Whose nodes are shown, and since when those that are put from now on. */
+    void SetVersion(uint64_t version) { version_ = version; }
+
   private:
-    SortedMap<Key, const Node<T> *> map_;
+    using Place = const Node<T> *;
+
+    static void Put(void *place, const void *node) {
+        std::atomic_ref(*static_cast<Place *>(place)).store(static_cast<Place>(node), std::memory_order_release);
+    }
+
+    const Node<T> *Seen(const Place &place) const {
+        const Node<T> *node = std::atomic_ref(const_cast<Place &>(place)).load(std::memory_order_acquire);
+        while (node->since > version_)
+            [[unlikely]] node = node->prev;
+        return node;
+    }
+
+    SortedMap<Key, Place> map_;
+    uint64_t version_ = 1;
 };
 
 /* Two numbers, ordered by the first. */
@@ -140,7 +168,37 @@ struct Snapshot {
     SortedMap<uint32_t, uint32_t> trunk_by_id;
     SortedMap<uint32_t, uint32_t> trunk_by_interface;
     SortedMap<uint64_t, uint32_t> members_of_trunk; /* (trunk id, interface) */
+
+    void SetVersion(uint64_t to) {
+        version = to;
+        boards.SetVersion(to);
+        interfaces.SetVersion(to);
+        addr4.SetVersion(to);
+        addr6.SetVersion(to);
+        vlans.SetVersion(to);
+        port_vlans.SetVersion(to);
+        trunks.SetVersion(to);
+        members.SetVersion(to);
+        vrfs.SetVersion(to);
+        vrrp.SetVersion(to);
+        routes.SetVersion(to);
+    }
 };
+
+inline bool IsIfIndex(uint32_t if_index) {
+    return if_index != 0 && if_index != UVELHOST_NONE;
+}
+
+/* Whether a VLAN, 0 to 4095, is in a bitmap. */
+inline bool Has(const uint32_t *bitmap, uint32_t vlan) {
+    return (bitmap[vlan / 32] >> vlan % 32 & 1) != 0;
+}
+
+/* Whether a port is in a VLAN, by configuration or without. */
+inline bool IsInVlan(const MDL_PORT_VLANS_S &vlans, uint32_t vlan) {
+    return Has(vlans.aulUntagged, vlan) || Has(vlans.aulTagged, vlan) || Has(vlans.aulDynUntagged, vlan) ||
+           Has(vlans.aulDynTagged, vlan);
+}
 
 /* What an administrative "down" leaves of a state. */
 inline uint32_t Effective(const MDL_IF_S &interface, uint32_t state) {

@@ -16,6 +16,51 @@ TEST(MainNode, IsWhatTheProductLayerSet) {
     }
 }
 
+TEST(Nodes, OfAModuleAreAskedForWithAllArguments) {
+    uint32_t nodes[256] = {};
+    uint32_t count = 0;
+    kit::Op<CMNGA_QueryNodeId>().Does([](uint32_t, uint32_t, uint32_t, uint32_t *out, uint32_t *number) {
+        out[0] = 31;
+        *number = 1;
+        return 0U;
+    });
+    EXPECT_EQ(0u, KIVO_Adapt_IPC_GetNodeID(11, 12, 13, nodes, &count));
+    EXPECT_EQ(31u, nodes[0]);
+    EXPECT_EQ(1u, count);
+    EXPECT_EQ(std::make_tuple(11u, 12u, 13u, &nodes[0], &count), kit::Op<CMNGA_QueryNodeId>().Last());
+}
+
+TEST(Nodes, FailWithOneWhateverTheHostsFailure) {
+    uint32_t nodes[256] = {};
+    uint32_t count = 0;
+    for (const uint32_t result : {1u, 2u, 0xFFFFFFFFu}) {
+        kit::Op<CMNGA_QueryNodeId>().Returns(result);
+        EXPECT_EQ(1u, KIVO_Adapt_IPC_GetNodeID(1, 2, 3, nodes, &count));
+    }
+}
+
+TEST(Nodes, NeedBothPointers) {
+    uint32_t value = 0;
+    EXPECT_EQ(1u, KIVO_Adapt_IPC_GetNodeID(1, 2, 3, nullptr, &value));
+    EXPECT_EQ(1u, KIVO_Adapt_IPC_GetNodeID(1, 2, 3, &value, nullptr));
+    EXPECT_EQ(0u, kit::Op<CMNGA_QueryNodeId>().Calls());
+}
+
+TEST(ProcessOfModule, IsReadOrFailsWithOne) {
+    Answers<CMNGA_QueryCompProcByMid>(99);
+    uint32_t process = 0;
+    EXPECT_EQ(0u, KIVO_Adapt_GetProcessIdByMid(0xC21E0000, &process));
+    EXPECT_EQ(99u, process);
+    EXPECT_EQ(0xC21E0000u, std::get<0>(kit::Op<CMNGA_QueryCompProcByMid>().Last()));
+    for (const uint32_t result : {1u, 2u, 0xFFFFFFFFu}) {
+        kit::Op<CMNGA_QueryCompProcByMid>().Returns(result);
+        EXPECT_EQ(1u, KIVO_Adapt_GetProcessIdByMid(1, &process));
+    }
+    const uint64_t calls = kit::Op<CMNGA_QueryCompProcByMid>().Calls();
+    EXPECT_EQ(1u, KIVO_Adapt_GetProcessIdByMid(1, nullptr));
+    EXPECT_EQ(calls, kit::Op<CMNGA_QueryCompProcByMid>().Calls());
+}
+
 TEST(InstanceName, HoldsBitsTwelveToNineteenInTwoPlaces) {
     const struct {
         uint32_t instance;

@@ -1,6 +1,7 @@
 /* Processes: which nodes and processes serve a module, virtual systems, and the device's command line.
  *
  * Usage:
+ *     ulRet = KIVO_Adapt_IPC_GetNodeID(ulMid, ulComTypeId, 0xFFFFFFFF, aulNode, &ulCount);      // any slot
  *     ulRet = KIVO_Adapt_GetInstanceNameByNodeID(ulNode, ulInstance, szName, sizeof(szName));   // "process  3"
  *
  * Ownership: nothing is allocated; what a function keeps it says.
@@ -22,6 +23,15 @@ UVEL_DATA uint32_t g_uveldMainNodeID;
 
 /* g_uveldMainNodeID. */
 UVEL_API uint32_t KIVO_Adapt_IPC_GetMainNodeID(void);
+
+/* Ids of the nodes that serve the module ulMid, in no particular order, and their number; of a component type and on a
+ * slot, each 0xFFFFFFFF for any. The array has room for CMNGA_MAX_NODES entries. 1 for a null out-pointer and when the
+ * host cannot tell. */
+UVEL_API uint32_t KIVO_Adapt_IPC_GetNodeID(uint32_t ulMid, uint32_t ulComTypeId, uint32_t ulSlot, uint32_t *pulNode,
+                                           uint32_t *pulCount);
+
+/* Id of the process on this board that serves the module ulMid. 1 for null and when there is none. */
+UVEL_API uint32_t KIVO_Adapt_GetProcessIdByMid(uint32_t ulMid, uint32_t *pulProcessId);
 
 /* "process %2u" with bits 12 to 19 of the instance, into ulSize bytes; a buffer that is too small receives an empty
  * text. The node is not looked at. 0, or 1 with an assertion for a null buffer. */

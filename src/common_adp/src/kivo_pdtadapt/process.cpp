@@ -6,6 +6,7 @@
 #include "host_read.h"
 #include <uvelcommon_base/kivo_settings.h>
 #include <uvelhost/assert.h>
+#include <uvelhost/component.h>
 #include <uvelhost/device.h>
 #include <uvelhost/vrf.h>
 
@@ -18,6 +19,17 @@ uint32_t g_uveldMainNodeID;
 
 uint32_t KIVO_Adapt_IPC_GetMainNodeID(void) {
     return g_uveldMainNodeID;
+}
+
+uint32_t KIVO_Adapt_IPC_GetNodeID(uint32_t ulMid, uint32_t ulComTypeId, uint32_t ulSlot, uint32_t *pulNode,
+                                  uint32_t *pulCount) {
+    if (pulNode == nullptr || pulCount == nullptr)
+        return KIVO_FAIL;
+    return CMNGA_QueryNodeId(ulMid, ulComTypeId, ulSlot, pulNode, pulCount) == KIVO_OK ? KIVO_OK : KIVO_FAIL;
+}
+
+uint32_t KIVO_Adapt_GetProcessIdByMid(uint32_t ulMid, uint32_t *pulProcessId) {
+    return pulProcessId != nullptr && CMNGA_QueryCompProcByMid(ulMid, pulProcessId) == KIVO_OK ? KIVO_OK : KIVO_FAIL;
 }
 
 uint32_t KIVO_Adapt_GetInstanceNameByNodeID(uint32_t, uint32_t ulInstance, char *pszName, uint32_t ulSize) {

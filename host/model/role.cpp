@@ -11,8 +11,9 @@ namespace {
 
 constexpr uint32_t NO_BOARD = 0xFFFF;
 
-/* All of it in one word, so that every answer is one load and a change is seen whole. */
-struct Role {
+/* All of it in one word, so that every answer is one load and a change is seen whole. Aligned as one, or clang
+ * calls a library for it. */
+struct alignas(uint64_t) Role {
     uint16_t master;
     uint16_t slave;
     uint8_t type;

@@ -7,6 +7,7 @@
 #include <map>
 #include <sys/mman.h>
 #include <unistd.h>
+#include <vector>
 
 #include "kit.h"
 
@@ -39,6 +40,9 @@ class GuardedMemory {
 
     std::size_t Blocks() const { return blocks_.size(); }
 
+    /* The blocks that were released so far, in order. */
+    const std::vector<const void *> &Released() const { return released_; }
+
   private:
     static constexpr uint8_t KNOWN = 0xA5;
 
@@ -70,10 +74,12 @@ class GuardedMemory {
         EXPECT_TRUE(std::all_of(begin, static_cast<uint8_t *>(block), same)) << "written before a block";
         munmap(begin - Page(), Room(size) + 2 * Page());
         blocks_.erase(found);
+        released_.push_back(block);
         return 0;
     }
 
     std::map<const void *, std::size_t> blocks_;
+    std::vector<const void *> released_;
 };
 
 #endif

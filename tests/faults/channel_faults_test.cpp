@@ -47,17 +47,19 @@ TEST(FailingCopy, OfALaterFragmentEndsTheMessage) {
     EXPECT_EQ(0, SmbufFake::live);
 }
 
-TEST(FailingCopies, OfAFirstFragmentAssertAndTheMessageGoesOn) {
+TEST(FailingCopies, OfAFirstFragmentRefuseTheMessage) {
     SmbufFake fake;
-    CHI_RECV_CTX_S context{};
-    void *complete = nullptr;
-    void *first = FirstFragment(0);
-    kit::Op<memcpy_s>().FailsOn(1, 22);
-    EXPECT_EQ(0u, CHI_RecvMsgForFrag(2, &context, first, CBUF_C2D(2, first), 4, &complete));
-    EXPECT_EQ(CHI, kit::TakeAsserts());
-    EXPECT_EQ(4u, context.ulReceived);
-    CBUF_Free(2, context.pBuffer);
-    EXPECT_EQ(0, SmbufFake::live);
+    for (const uint32_t copy : {1u, 2u}) { /* header, payload */
+        CHI_RECV_CTX_S context{};
+        void *complete = nullptr;
+        void *first = FirstFragment(0);
+        kit::Op<memcpy_s>().FailsOn(copy, 22);
+        EXPECT_EQ(1u, CHI_RecvMsgForFrag(2, &context, first, CBUF_C2D(2, first), 4, &complete));
+        EXPECT_EQ(CHI, kit::TakeAsserts());
+        EXPECT_EQ(nullptr, context.pBuffer);
+        EXPECT_EQ(nullptr, complete);
+        EXPECT_EQ(0, SmbufFake::live);
+    }
 }
 
 TEST(FailingCopy, OfARecordOrAFragmentIntoTheStoreAsserts) {

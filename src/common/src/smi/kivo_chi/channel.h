@@ -18,6 +18,9 @@ uint8_t *HeaderOf(uint32_t ulBackType, void *pBuffer);
 /* First byte of a buffer's payload, null in the same cases. Unlike CBUF_C2D it tells when there is none. */
 uint8_t *PayloadOf(uint32_t ulBackType, void *pBuffer);
 
+/* Copies ulLen bytes to where there are ulRoom; asserts and copies nothing when they do not fit. */
+bool Copy(uint8_t *pucDest, uint32_t ulRoom, const void *pSource, uint32_t ulLen);
+
 } // namespace chi
 
 #endif

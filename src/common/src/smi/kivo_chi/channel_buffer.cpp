@@ -26,6 +26,15 @@ uint8_t *chi::PayloadOf(uint32_t ulBackType, void *pBuffer) {
     return pucHeader == nullptr ? nullptr : pucHeader + CHI_GetMsgHeadLen(ulBackType);
 }
 
+bool chi::Copy(uint8_t *pucDest, uint32_t ulRoom, const void *pSource, uint32_t ulLen) {
+    /* A message may be larger than the bounded copy takes for a room. */
+    const size_t ulBound = ulRoom < SECUREC_MEM_MAX_LEN ? ulRoom : SECUREC_MEM_MAX_LEN;
+    if (memcpy_s(pucDest, ulBound, pSource, ulLen) == EOK)
+        return true;
+    qal_assert(SOURCE, __LINE__);
+    return false;
+}
+
 uint32_t CHI_GetMsgHeadLen(uint32_t ulBackType) {
     switch (ulBackType) {
     case CHI_BACK_HA:

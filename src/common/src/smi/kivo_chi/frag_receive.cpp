@@ -2,7 +2,6 @@
 
 #include "channel.h"
 
-#include <securec.h>
 #include <uvelcommon_base/kivo_chi_reassembly.h>
 #include <uvelhost/assert.h>
 
@@ -19,14 +18,8 @@ static void Abandon(uint32_t ulBackType, CHI_RECV_CTX_S *pstContext) {
 /* Copies the payload behind what came before. False when the copy would leave the announced length. */
 static bool Append(uint32_t ulBackType, const CHI_RECV_CTX_S *pstContext, const void *pPayload, uint32_t ulLen) {
     uint8_t *pucMessage = chi::PayloadOf(ulBackType, pstContext->pBuffer);
-    if (pucMessage == nullptr)
-        return false;
-    if (memcpy_s(pucMessage + pstContext->ulReceived, pstContext->ulTotal - pstContext->ulReceived, pPayload, ulLen) !=
-        EOK) {
-        qal_assert(SOURCE, __LINE__);
-        return false;
-    }
-    return true;
+    return pucMessage != nullptr && chi::Copy(pucMessage + pstContext->ulReceived,
+                                              pstContext->ulTotal - pstContext->ulReceived, pPayload, ulLen);
 }
 
 /* A further fragment of the message in progress. */
@@ -54,14 +47,12 @@ static uint32_t Begin(uint32_t ulBackType, CHI_RECV_CTX_S *pstContext, const uin
     if (CBUF_Alloc(ulBackType, &pMessage, stInfo.ulTotalLength) != KIVO_OK)
         return KIVO_FAIL;
     uint8_t *pucMessage = ulBackType == CHI_BACK_YSB ? chi::HeaderOf(ulBackType, pMessage) : nullptr;
-    if (pucMessage == nullptr) {
+    /* A message whose beginning is missing must never be completed. */
+    if (pucMessage == nullptr || !chi::Copy(pucMessage, chi::HEADER_YSB, pucHeader, chi::HEADER_YSB) ||
+        !chi::Copy(pucMessage + chi::HEADER_YSB, stInfo.ulTotalLength, pPayload, ulLen)) {
         CBUF_Free(ulBackType, pMessage);
         return KIVO_FAIL;
     }
-    if (memcpy_s(pucMessage, chi::HEADER_YSB, pucHeader, chi::HEADER_YSB) != EOK)
-        qal_assert(SOURCE, __LINE__);
-    if (memcpy_s(pucMessage + chi::HEADER_YSB, stInfo.ulTotalLength, pPayload, ulLen) != EOK)
-        qal_assert(SOURCE, __LINE__);
     *pstContext = CHI_RECV_CTX_S{pMessage, stInfo.ulMsgId, stInfo.ulFragment, ulLen, stInfo.ulTotalLength};
     return KIVO_OK;
 }

@@ -159,8 +159,8 @@ uint32_t CHI_AddFrag2Msg(uint32_t ulBackType, CHI_RSM_CTL_S *pstCtl, void *pFrag
         return KIVO_FAIL;
 
     /* At the start of the payload, not behind what came before: the store counts bytes, it does not order them. */
-    if (ulLen != 0 && memcpy_s(pucMessage, pstRecord->ulTotal, pData, ulLen) != EOK)
-        qal_assert(SOURCE, __LINE__);
+    if (ulLen != 0)
+        (void)chi::Copy(pucMessage, pstRecord->ulTotal, pData, ulLen);
     pstRecord->ulReceived += ulLen;
     *ppComplete = nullptr;
     if (pstRecord->ulReceived == pstRecord->ulTotal) {

@@ -8,8 +8,11 @@
  *     UVEL_EVENT_Api_SetGlobalVariable(ulMid, ulIoMid, ulChannel);
  *     UVEL_EVENT_Api_SetAdpHook(&stHooks);
  *     UVEL_EVENT_Api_RegApp();
- *     QAL_CreateTask("EVNT", &g_eventdpAppInfo.ulTaskId, UVEL_EVENT_TaskEntry, 85, 0, NULL);
- *     QAL_EventWrite(g_eventdpAppInfo.ulTaskId, UVEL_EVENT_START_BIT);    // once to begin, once to go on
+ *     OXM_SetTaskFollowMe(QAL_TaskGetSelf());
+ *     SYS_StartApp("EVNT", UVEL_EVENT_TaskEntry);
+ *     QAL_EventWrite(g_eventdpAppInfo.ulTaskId, UVEL_EVENT_START_BIT);                       // begin
+ *     QAL_EventRead(UVEL_EVENT_START_BIT, QAL_EVENT_ALL, UVELHOST_WAIT_FOREVER, &ulEvents);  // it is up
+ *     QAL_EventWrite(g_eventdpAppInfo.ulTaskId, UVEL_EVENT_START_BIT);                       // serve
  * and then in any task:
  *     UVEL_EVENT_Api_SendEventMsg(ulEventId, ulSubEventId, &stRecord, sizeof stRecord);
  *
@@ -122,6 +125,11 @@ UVEL_API uint32_t UVEL_EVENT_Api_SendEventMsg(uint32_t ulEventId, uint32_t ulSub
 UVEL_API uint32_t UVEL_EVENT_WriteEvtQueue(uint32_t ulChannel, uint32_t ulMsgType, void *pMsg, uint32_t ulLength);
 
 /* ---- the task ---- */
+
+/* Entry of the event task. Waits for UVEL_EVENT_START_BIT, runs UVEL_EVENT_Init, sends the bit to the task that follows
+ * (OXM_GetTaskFollowMe), waits for the bit once more, replays the virtual systems that exist and serves the queue for
+ * ever. A failure on the way is fatal. */
+UVEL_API void UVEL_EVENT_TaskEntry(void);
 
 /* Takes own module and task id from the application record, makes queue and channel, offers the module to database
  * calls, registers the component unless this is the main process, and calls the two hooks of the start. 0; failures are

@@ -4,8 +4,10 @@
 
 #include <cstddef>
 #include <securec.h>
+#include <uvelcommon_base/kivo_vsys.h>
 #include <uvelcommon_base/uvel_event_callback.h>
 #include <uvelhost/assert.h>
+#include <uvelhost/exec.h>
 #include <uvelhost/ipc.h>
 #include <uvelhost/queue.h>
 #include <uvelhost/task.h>
@@ -163,4 +165,34 @@ uint32_t UVEL_EVENT_QueReadWithEvent(void) {
 void UVEL_EVENT_Main(void) {
     for (;;)
         (void)UVEL_EVENT_QueReadNoEvent();
+}
+
+/* ---- coming up ---- */
+
+static bool WaitForStartBit() {
+    uint32_t ulEvents = 0;
+    return QAL_EventRead(UVEL_EVENT_START_BIT, QAL_EVENT_ALL, UVELHOST_WAIT_FOREVER, &ulEvents) == 0;
+}
+
+/* The line of the step that failed, 0 when the task is ready to serve. */
+static uint32_t ComeUp() {
+    if (!WaitForStartBit())
+        return __LINE__;
+    if (UVEL_EVENT_Init() != KIVO_OK)
+        return __LINE__;
+    if (QAL_EventWrite(OXM_GetTaskFollowMe(), UVEL_EVENT_START_BIT) != 0)
+        return __LINE__;
+    if (!WaitForStartBit())
+        return __LINE__;
+    return 0;
+}
+
+void UVEL_EVENT_TaskEntry(void) {
+    const uint32_t ulFailedLine = ComeUp();
+    if (ulFailedLine != 0) {
+        QALFatalError_X(SOURCE, ulFailedLine);
+        return;
+    }
+    (void)KIVO_VsysRecoverInit();
+    UVEL_EVENT_Main();
 }

@@ -2,8 +2,8 @@
 
 #include <cstddef>
 #include <cstring>
+#include <uvelcommon_base/kivo_board_query.h>
 #include <uvelcommon_base/kivo_mem.h>
-#include <uvelhost/ha.h>
 #include <uvelhost/task.h>
 #include <uvelhost/time.h>
 
@@ -184,7 +184,7 @@ uint32_t UVEL_EventCallBackNotify(uint32_t ulEventId, uint32_t ulValue, void *pD
         return KIVO_FAIL;
     if (g_szDllKIVOEvtCBRegTbl == nullptr)
         return KIVO_OK;
-    const bool bMaster = HA_GetBoardType() == HA_BOARD_MASTER;
+    const bool bMaster = UVEL_IsMasterBoard() != 0;
     DLL_S *pstList = g_szDllKIVOEvtCBRegTbl + ulEventId;
     if (pstList->ulCount == 0)
         return KIVO_OK;

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <bit>
-#include <cstring>
 #include <linux/if.h>
 #include <linux/if_arp.h>
 #include <uvelhost/netlink.h>

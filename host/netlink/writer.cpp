@@ -142,6 +142,12 @@ void Writer::PutIf(const KernelState &state, const Link &link) {
     MDL_IF_S record = DescribeLink(state, link, config_.ulSlot);
     if (IsSwitchPort(link))
         record.ulPortIndex = ports_.Get(link.index, UVELHOST_NONE, 0);
+    const uint32_t result = MDL_PutIf(batch_, &record);
+    Count(result);
+    if (result == UVELHOST_OK || !IsSwitchPort(link))
+        return;
+    ports_.Release(link.index); /* more ports than the device can have: an interface all the same */
+    record.ulPortIndex = UVELHOST_NONE;
     Count(MDL_PutIf(batch_, &record));
 }
 

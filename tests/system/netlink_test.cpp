@@ -360,6 +360,26 @@ TEST_F(Netlink, TakesPortsOfABridgeForSwitchPorts) {
     EXPECT_EQ(0u, Stats().ulRefused);
 }
 
+TEST_F(Netlink, KeepsInterfacesForWhichTheDeviceHasNoPort) {
+    MDL_DEVICE_S device;
+    MDL_InitDevice(&device);
+    device.ulMaxSwitchPorts = 1;
+    MDL_BATCH *batch = MDL_Begin(99, 0);
+    EXPECT_EQ(0u, MDL_PutDevice(batch, &device));
+    EXPECT_EQ(0u, MDL_Commit(batch));
+    Ip("link add br0 type bridge");
+    Ip("link add west type veth peer name east");
+    Ip("link set west master br0");
+    Ip("link set east master br0");
+    ASSERT_NO_FATAL_FAILURE(Start());
+    EXPECT_EQ(KernelLinks(), ModelLinks(100));
+    EXPECT_EQ(1u, Stats().ulRefused);
+    uint32_t port = 99;
+    EXPECT_EQ(1u, BDS_L2IF_SH_PORT_GetIndexByIfIndex(IndexOf("west"), &port) +
+                      BDS_L2IF_SH_PORT_GetIndexByIfIndex(IndexOf("east"), &port))
+        << "one of them is no switch port";
+}
+
 TEST_F(Netlink, NotifiesNothingWhenAReadingFindsNothingNew) {
     Ip("link add br0 type bridge");
     Ip("link add west type veth peer name east");

@@ -61,8 +61,8 @@ TEST_F(ConfdbFile, AFileCutAnywhereIsRefusedAndLeftAlone) {
     RunSql(path, "PRAGMA wal_checkpoint(TRUNCATE)");
     const std::string whole = Bytes(path);
     ASSERT_LT(30000u, whole.size());
-    for (const std::size_t size : {whole.size() / 2, whole.size() / 2 + 100, whole.size() - 4096,
-                                   std::size_t{4096}, std::size_t{100}, std::size_t{17}}) {
+    for (const std::size_t size : {whole.size() / 2, whole.size() / 2 + 100, whole.size() - 4096, std::size_t{4096},
+                                   std::size_t{100}, std::size_t{17}}) {
         SCOPED_TRACE(std::to_string(size) + " of " + std::to_string(whole.size()));
         const std::string half = whole.substr(0, size);
         Write(path, half);

@@ -91,7 +91,7 @@ void EtcdConnection::JudgeNode() {
 }
 
 void EtcdConnection::OnFailure(const std::string &reason) {
-    ReportOutage(reason);
+    ReportOutage(reason.starts_with(Node()) ? reason : Node() + ": " + reason);
     http_.Stop(question_);
     for (auto &stream : streams_)
         stream->Stop();

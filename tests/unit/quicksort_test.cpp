@@ -62,7 +62,7 @@ TEST(QuickSort, SortsAsAStableSortDoesUpToTheOrderOfEqualEntries) {
 TEST(QuickSort, SortsManyEntries) {
     std::mt19937 random(3402);
     for (const uint32_t distinct : {3u, 1000u, 0xFFFFFFFFu}) {
-        Values values = Random(200000, distinct, random);
+        Values values = Random(60000, distinct, random);
         Entries entries = EntriesOf(values);
         Sort(entries);
         ExpectSorted(values, entries);
@@ -238,7 +238,7 @@ TEST(QuickSort, IsNotMisledByAnArrayThatIsDescendingAlmostToItsEnd) {
 }
 
 TEST(QuickSort, TakesAboutNLogNComparisonsForOrderedAndEqualEntries) {
-    for (const uint32_t count : {12u, 100u, 4000u, 100000u}) {
+    for (const uint32_t count : {12u, 100u, 4000u, 30000u}) {
         const double bound = 1.2 * count * Log2(count) + 16;
         EXPECT_LE(static_cast<double>(ComparisonsFor(Ascending(count))), bound);
         EXPECT_LE(static_cast<double>(ComparisonsFor(Descending(count))), bound);
@@ -312,7 +312,7 @@ std::pair<double, std::size_t> PlainSort(Values values) {
 }
 
 TEST(QuickSortUnderAttack, TakesNLogNComparisonsWherePlainMedianOfThreeTakesQuadraticallyMany) {
-    constexpr uint32_t COUNT = 4000;
+    constexpr uint32_t COUNT = 2000;
     Values one_equal_pair = Descending(COUNT);
     one_equal_pair[COUNT / 2] = one_equal_pair[COUNT / 2 - 1];
     for (const Values &values : {MedianKiller(COUNT), one_equal_pair}) {
@@ -324,17 +324,17 @@ TEST(QuickSortUnderAttack, TakesNLogNComparisonsWherePlainMedianOfThreeTakesQuad
 }
 
 TEST(QuickSortUnderAttack, TakesNLogNComparisonsForPipesAndValleys) {
-    for (const uint32_t count : {100u, 4000u, 100000u}) {
+    for (const uint32_t count : {100u, 4000u, 30000u}) {
         const double bound = 6 * count * Log2(count);
         EXPECT_LE(static_cast<double>(ComparisonsFor(OrganPipe(count))), bound);
         EXPECT_LE(static_cast<double>(ComparisonsFor(Valley(count))), bound);
     }
-    EXPECT_LE(PlainSort(OrganPipe(4000)).second, Log2(4000) + 1);
-    EXPECT_LE(PlainSort(Valley(4000)).second, Log2(4000) + 1);
+    EXPECT_LE(PlainSort(OrganPipe(1000)).second, Log2(1000) + 1);
+    EXPECT_LE(PlainSort(Valley(1000)).second, Log2(1000) + 1);
 }
 
 TEST(QuickSortUnderAttack, HoldsAgainstAnAdversaryThatWatchesIt) {
-    for (const uint32_t count : {12u, 100u, 4000u, 50000u}) {
+    for (const uint32_t count : {12u, 100u, 4000u, 20000u}) {
         Adversary adversary(count);
         g_adversary = &adversary;
         Entries entries = EntriesOf(adversary.values);
@@ -350,7 +350,7 @@ TEST(QuickSortUnderAttack, HoldsAgainstAnAdversaryThatWatchesIt) {
 }
 
 TEST(QuickSortUnderAttack, FollowsItsRulesUntilTheAttackShows) {
-    Values values = MedianKiller(4000);
+    Values values = MedianKiller(2000);
     Entries entries = EntriesOf(values);
     Entries same = entries;
     Log expected;
@@ -365,12 +365,12 @@ TEST(QuickSortUnderAttack, FollowsItsRulesUntilTheAttackShows) {
     Sort(entries, LogAndCompare);
     const auto parted =
         std::mismatch(g_log.begin(), g_log.end(), expected.begin(), expected.end()).first - g_log.begin();
-    EXPECT_GE(static_cast<double>(parted), 3 * 4000 * Log2(4000));
+    EXPECT_GE(static_cast<double>(parted), 3 * 2000 * Log2(2000));
     EXPECT_LT(static_cast<std::size_t>(parted), g_log.size());
 }
 
 TEST(QuickSortUnderAttack, GoesOnPausing) {
-    Values values = MedianKiller(20000);
+    Values values = MedianKiller(2000);
     Entries entries = EntriesOf(values);
     LoggedPauses pauses;
     Sort(entries, LogAndCompare);
@@ -401,7 +401,8 @@ void SortGuarded(Values values, SRVQS_CMP_FUNC compare) {
     void **begin = reinterpret_cast<void **>(room.Get());
     SRVQS_QuickSort(begin + 8, static_cast<uint32_t>(before.size()), compare);
     EXPECT_TRUE(std::all_of(begin, begin + 8, [&](void *canary) { return canary == &values; }));
-    EXPECT_TRUE(std::is_permutation(before.begin(), before.end(), begin + 8));
+    std::sort(begin + 8, begin + 8 + before.size());
+    EXPECT_TRUE(std::equal(before.begin(), before.end(), begin + 8)) << "entries lost or doubled";
 }
 
 void ExpectEntry(const void *entry) {

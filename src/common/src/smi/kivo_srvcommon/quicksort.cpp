@@ -90,7 +90,7 @@ void SRVQS_InterChange(void **ppA, void **ppB) {
 }
 
 void SRVQS_Push(SRVQS_STACK_S *pstStack, uint32_t ulLow, uint32_t ulHigh) {
-    if (pstStack == nullptr || pstStack->lTop < -1 || pstStack->lTop + 1 >= static_cast<int32_t>(SRVQS_STACK_SIZE))
+    if (pstStack == nullptr || pstStack->lTop < -1 || pstStack->lTop >= static_cast<int32_t>(SRVQS_STACK_SIZE) - 1)
         return;
     pstStack->astRanges[++pstStack->lTop] = {ulLow, ulHigh};
 }

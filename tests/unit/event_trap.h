@@ -35,8 +35,8 @@ class EventTrap {
     EventTrap() {
         kit::Op<HA_GetBoardType>().Returns(HA_BOARD_MASTER);
         kit::Op<IPC_GetSelfNodeId>().Returns(1);
-        kit::Op<IPC_SetSrcAndDstChannelId>().Returns(0);
-        kit::Op<IPC_SetSrcAndDstNodeId>().Returns(0);
+        kit::Op<IPC_SetSrcAndDstChannelId>().Does([](void *, uint32_t, uint32_t) {});
+        kit::Op<IPC_SetSrcAndDstNodeId>().Does([](void *, uint32_t, uint32_t) {});
         kit::Op<IPC_AllocMsg_X>().Does([](uint32_t, uint32_t size) { return std::malloc(size); });
         kit::Op<IPC_FreeMsg>().Does([](void *message) {
             std::free(message);

@@ -276,6 +276,26 @@ TEST_F(EventRegistry, EachCallIsTimed) {
     EXPECT_EQ(2500u, NodeOf('A')->ulTotalMs) << "over the turn of a second too, in either direction of the remainder";
 }
 
+TEST_F(EventRegistry, TheLongestCallIsKept) {
+    kit::VirtualClock clock;
+    uint32_t takes = 0;
+    Listeners::On('A', [&](uint32_t, void *) {
+        clock.Advance(takes);
+        return 0u;
+    });
+    EXPECT_EQ(0u, Register('A', 5));
+    for (const uint32_t milliseconds : {5u, 70u, 20u}) {
+        takes = milliseconds;
+        EXPECT_EQ(0u, Notify());
+    }
+    EXPECT_EQ(70u, NodeOf('A')->ulWorstMs);
+    EXPECT_EQ(95u, NodeOf('A')->ulTotalMs);
+    takes = 0xFFFFFFFF;
+    EXPECT_EQ(0u, Notify());
+    EXPECT_EQ(0u, Notify());
+    EXPECT_EQ(0xFFFFFFFFu, NodeOf('A')->ulWorstMs);
+}
+
 TEST_F(EventRegistry, TimesGoOnWhenTheSecondsWrap) {
     kit::VirtualClock clock;
     clock.SetBoot(0xFFFFFFFF, 999);

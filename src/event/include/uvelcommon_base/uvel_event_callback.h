@@ -50,6 +50,7 @@ typedef struct {
     uint64_t ulStartMs;      /* its milliseconds, 0 to 999 */
     uint64_t ulTotalMs;      /* time spent in the callback, all calls together */
     uint32_t ulLastResult;   /* of the latest call that returned */
+    uint32_t ulWorstMs;      /* the longest call */
 } UVEL_EVENT_NODE_S;
 
 /* The registry: UVEL_EVENT_COUNT lists of UVEL_EVENT_NODE_S. Null until the first registration. */

@@ -13,7 +13,7 @@ uint32_t g_ulLastErrMid;
 static_assert(UVEL_EVENT_COUNT * sizeof(DLL_S) == 64000);
 static_assert(sizeof(UVEL_EVENT_NODE_S) == 88 && offsetof(UVEL_EVENT_NODE_S, ulMid) == 24 &&
               offsetof(UVEL_EVENT_NODE_S, pfCallback) == 40 && offsetof(UVEL_EVENT_NODE_S, ulStartMs) == 64 &&
-              offsetof(UVEL_EVENT_NODE_S, ulLastResult) == 80);
+              offsetof(UVEL_EVENT_NODE_S, ulLastResult) == 80 && offsetof(UVEL_EVENT_NODE_S, ulWorstMs) == 84);
 
 namespace {
 
@@ -141,6 +141,12 @@ static UVEL_EVENT_NODE_S *Advance(DLL_S *pstList, Walk &stWalk) {
     return stWalk.pstCurrent;
 }
 
+static void BookTime(UVEL_EVENT_NODE_S *pstNode, uint64_t ullMs) {
+    pstNode->ulTotalMs += ullMs;
+    if (ullMs > pstNode->ulWorstMs)
+        pstNode->ulWorstMs = ullMs < UINT32_MAX ? static_cast<uint32_t>(ullMs) : UINT32_MAX;
+}
+
 /* Calls the walk's node and books the call. The node may be another one (or its copy) when the callback returns. */
 static uint32_t Call(Walk &stWalk, uint32_t ulValue, void *pData) {
     uint32_t ulSeconds = 0;
@@ -154,7 +160,7 @@ static uint32_t Call(Walk &stWalk, uint32_t ulValue, void *pData) {
     pstNode = stWalk.pstCurrent;
     pstNode->ulLastResult = ulResult;
     if (QAL_SecondNow(&ulSeconds, &ulMs) == 0 && bStartKnown)
-        pstNode->ulTotalMs += uint64_t{ulSeconds - pstNode->ulStartSeconds} * 1000 + ulMs - pstNode->ulStartMs;
+        BookTime(pstNode, uint64_t{ulSeconds - pstNode->ulStartSeconds} * 1000 + ulMs - pstNode->ulStartMs);
     return ulResult;
 }
 

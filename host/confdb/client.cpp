@@ -26,23 +26,24 @@ struct DB_WATCH {
 
 namespace {
 
-/* Connections by descriptor. A connection is never closed, so what was found stays valid. Never destroyed either: tasks
- * may run while the process ends. */
+/* Connections by descriptor. A connection is never closed, so what was found stays valid. The table is not destroyed
+ * either: tasks may run while the process ends. */
 class Registry {
   public:
-    void Add(Connection &connection) {
+    DB_CONN_S *Add(std::unique_ptr<DB_CONN_S> connection) {
+        const int descriptor = connection->connection->Descriptor();
         std::unique_lock lock(mutex_);
-        connections_.emplace(connection.Descriptor(), &connection);
+        return connections_.emplace(descriptor, std::move(connection)).first->second.get();
     }
     Connection *Find(int descriptor) {
         std::shared_lock lock(mutex_);
         const auto found = connections_.find(descriptor);
-        return found == connections_.end() ? nullptr : found->second;
+        return found == connections_.end() ? nullptr : found->second->connection.get();
     }
 
   private:
     std::shared_mutex mutex_;
-    std::unordered_map<int, Connection *> connections_;
+    std::unordered_map<int, std::unique_ptr<DB_CONN_S>> connections_;
 };
 
 Registry &TheRegistry() {
@@ -59,8 +60,7 @@ uint32_t db_create_sub_connect(const DB_CONN_DESC_S *pstDesc, DB_CONNECT_CB pfCo
     try {
         auto made = std::make_unique<DB_CONN>();
         made->connection = OpenConnection(ParseEndpoint(pstDesc->pszEndpoint), client);
-        TheRegistry().Add(*made->connection);
-        *ppstConn = made.release();
+        *ppstConn = TheRegistry().Add(std::move(made));
     } catch (const std::exception &error) {
         ReportText("configuration database of %s: %s", client, error.what());
         return 1;

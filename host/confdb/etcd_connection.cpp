@@ -12,9 +12,6 @@ constexpr auto SHORTEST_PAUSE = 20ms;
 constexpr auto LONGEST_PAUSE = 1000ms;
 constexpr auto ASK_EVERY = 1000ms;
 
-/* A node that answers so many questions meanwhile will not confirm the watch any more. */
-constexpr unsigned ANSWERS_TO_CONFIRM = 3;
-
 } // namespace
 
 EtcdConnection::EtcdConnection(const EtcdEndpoint &endpoint, const std::string &client)
@@ -79,15 +76,13 @@ void EtcdConnection::TakeAnswers() {
         ReportRecovery();
 }
 
-/* The node is alive and has the majority behind it. */
+/* The node is alive and has the majority behind it; the first answer alone does not make it a good one. */
 void EtcdConnection::JudgeNode() {
     ask_.Start(ASK_EVERY);
-    ++answers_;
-    if (answers_ > 1)
+    if (++answers_ > 1)
         pause_ = SHORTEST_PAUSE;
-    if (answers_ > ANSWERS_TO_CONFIRM &&
-        std::any_of(streams_.begin(), streams_.end(), [](const auto &stream) { return stream->IsUnconfirmed(); }))
-        throw StoreError(Node() + ": does not confirm a watch");
+    if (std::any_of(streams_.begin(), streams_.end(), [](const auto &stream) { return stream->IsLate(); }))
+        throw StoreError("does not confirm a watch");
 }
 
 void EtcdConnection::OnFailure(const std::string &reason) {

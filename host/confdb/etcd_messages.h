@@ -24,6 +24,9 @@ struct KeyRange {
 KeyRange RangeOfTable(const std::string &prefix, const std::string &table); /* empty table: all */
 KeyRange RangeOfKey(const std::string &prefix, const Name &name);
 
+/* Keys in a page: the longest values of that many still make an answer of bearable size. */
+inline constexpr unsigned PAGE = 100;
+
 /* A page of at most `limit` keys as they were at a revision (0: now). */
 std::string RangeRequest(const KeyRange &range, uint64_t revision, unsigned limit);
 

@@ -11,7 +11,6 @@ using Clock = std::chrono::steady_clock;
 
 constexpr auto PATIENCE = 10s;
 constexpr auto BETWEEN_NODES = 20ms;
-constexpr unsigned PAGE = 1000;
 
 } // namespace
 
@@ -23,8 +22,8 @@ void EtcdStore::UseNextNode(Deadline deadline) {
     std::this_thread::sleep_for(BETWEEN_NODES);
 }
 
-std::string EtcdStore::AskNode(const char *path, const std::string &body, HttpRequest::Patience patience) {
-    request_.Prepare(endpoint_, endpoint_.urls[node_] + path, body, patience);
+std::string EtcdStore::AskNode(const char *path, const std::string &body) {
+    request_.Prepare(endpoint_, endpoint_.urls[node_] + path, body, HttpRequest::Patience::WHILE_IT_FLOWS);
     try {
         request_.Perform();
         distrusted_ = 0;
@@ -36,11 +35,10 @@ std::string EtcdStore::AskNode(const char *path, const std::string &body, HttpRe
 }
 
 etcd::RangeReply EtcdStore::ReadPage(const etcd::KeyRange &range, uint64_t revision, Deadline deadline) {
-    const std::string body = etcd::RangeRequest(range, revision, PAGE);
+    const std::string body = etcd::RangeRequest(range, revision, etcd::PAGE);
     for (;;) {
         try {
-            return etcd::ReadRange(AskNode("/v3/kv/range", body, HttpRequest::Patience::WHILE_IT_FLOWS),
-                                   endpoint_.prefix);
+            return etcd::ReadRange(AskNode("/v3/kv/range", body), endpoint_.prefix);
         } catch (const StoreError &) {
             UseNextNode(deadline);
         }
@@ -62,7 +60,7 @@ std::optional<uint64_t> EtcdStore::Write(const Name &name, std::optional<std::st
             return std::nullopt;
         try {
             const std::string body = etcd::WriteRequest(key, value, revision);
-            const auto reply = etcd::ReadWrite(AskNode("/v3/kv/txn", body, HttpRequest::Patience::SHORT));
+            const auto reply = etcd::ReadWrite(AskNode("/v3/kv/txn", body));
             if (reply.is_done)
                 return reply.revision;
         } catch (const StoreError &) {

@@ -23,7 +23,7 @@ class EtcdStore : public Store {
   private:
     using Deadline = std::chrono::steady_clock::time_point;
 
-    std::string AskNode(const char *path, const std::string &body, HttpRequest::Patience patience);
+    std::string AskNode(const char *path, const std::string &body);
 
     /* Of any node; goes on to the next one until the deadline. */
     etcd::RangeReply ReadPage(const etcd::KeyRange &range, uint64_t revision, Deadline deadline);

@@ -2,7 +2,8 @@
 
 namespace uvel::host::confdb {
 
-static constexpr unsigned PAGE = 1000;
+/* A node that answers so many questions meanwhile will not confirm the watch any more. */
+static constexpr unsigned QUESTIONS_TO_CONFIRM = 3;
 
 EtcdStream::EtcdStream(Subscription &subscription, const EtcdEndpoint &endpoint, HttpClient &http)
     : subscription_(subscription), endpoint_(endpoint), http_(http),
@@ -26,7 +27,7 @@ void EtcdStream::Stop() {
 }
 
 void EtcdStream::AskForPage() {
-    const std::string body = etcd::RangeRequest({next_key_, range_.end}, table_.revision, PAGE);
+    const std::string body = etcd::RangeRequest({next_key_, range_.end}, table_.revision, etcd::PAGE);
     request_.Prepare(endpoint_, node_ + "/v3/kv/range", body, HttpRequest::Patience::WHILE_IT_FLOWS);
     http_.Start(request_);
 }
@@ -53,6 +54,7 @@ void EtcdStream::AskForChanges() {
     request_.Prepare(endpoint_, node_ + "/v3/watch", body, HttpRequest::Patience::ENDLESS);
     http_.Start(request_);
     is_watching_ = true;
+    questions_ = 0;
 }
 
 void EtcdStream::TakeLines() {
@@ -84,6 +86,10 @@ void EtcdStream::TakeLine(std::string_view line) {
     subscription_.Apply(reply.changes);
     if (reply.is_progress)
         subscription_.PassTo(reply.revision);
+}
+
+bool EtcdStream::IsLate() {
+    return is_watching_ && !is_up_ && ++questions_ > QUESTIONS_TO_CONFIRM;
 }
 
 void EtcdStream::OnFinished(CURLcode code) {

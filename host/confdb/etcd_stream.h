@@ -24,8 +24,8 @@ class EtcdStream {
     /* Whether the node has confirmed the watch. */
     bool IsUp() const { return is_up_; }
 
-    /* Whether it was asked for one and has not answered. */
-    bool IsUnconfirmed() const { return is_watching_ && !is_up_; }
+    /* To be asked each time when the node has answered something else: whether it should have confirmed by now. */
+    bool IsLate();
 
     bool Owns(const HttpRequest *request) const { return request == &request_; }
 
@@ -52,6 +52,7 @@ class EtcdStream {
     uint64_t cluster_ = 0; /* that the table is from */
     bool is_watching_ = false;
     bool is_up_ = false;
+    unsigned questions_ = 0; /* answered since the watch was asked for */
 };
 
 } // namespace uvel::host::confdb

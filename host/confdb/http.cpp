@@ -9,7 +9,7 @@ namespace {
 constexpr long CONNECT_MS = 2000;
 constexpr long SHORT_MS = 2000;
 constexpr long SILENCE_SECONDS = 3;
-constexpr std::size_t LONGEST_ANSWER = std::size_t{256} << 20;
+constexpr std::size_t LONGEST_ANSWER = std::size_t{1} << 30;
 
 void InitialiseOnce() {
     static const CURLcode done = curl_global_init(CURL_GLOBAL_DEFAULT);

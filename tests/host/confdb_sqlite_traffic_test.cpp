@@ -2,6 +2,8 @@
 
 #include "sqlite_fixtures.h"
 
+#include <thread>
+
 using namespace confdb_test;
 
 namespace {
@@ -118,10 +120,12 @@ TEST_F(ConfdbTraffic, AFrozenWriterIsReportedToTheOthers) {
         GTEST_SKIP() << "takes ten seconds; UVEL_LONG_TESTS=1 runs it";
     Watch watch(endpoint);
     const Store store(endpoint);
-    for (int attempt = 0; attempt < 20; ++attempt) {
+    for (int attempt = 0; attempt < 50; ++attempt) {
         Child writer = Writer("frozen", 1000000);
         const std::size_t seen = watch.events.size();
         ASSERT_TRUE(watch.Until([&] { return watch.events.size() > seen; }));
+        /* The wake-up comes right after a turn; freeze it a little later. */
+        std::this_thread::sleep_for(attempt * 37us);
         writer.Signal(SIGSTOP);
         const bool was_refused = db_store_put(store.Get(), "t", "k", "v", 1, nullptr) != 0;
         if (!was_refused)

@@ -21,9 +21,10 @@ static uint32_t g_ulConnTask;
 void uVEL_Adapt_SubPubEvent() {
     if (g_lEpFd != NOT_CONNECTED)
         return;
-    g_lEpFd = MESH_EpollCreate();
-    if (g_lEpFd == NOT_CONNECTED)
+    const int32_t lEpFd = MESH_EpollCreate();
+    if (lEpFd < 0)
         return;
+    g_lEpFd = lEpFd;
 
     const DB_CONN_DESC_S stDesc = {"shm:unix_emserver", "osc", {}};
     const uintptr_t aulArgs[QAL_TASK_ARGS] = {};

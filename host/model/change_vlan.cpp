@@ -1,6 +1,8 @@
 /* Changes of VLANs and of the VLANs of ports. */
 #include "model/batch.h"
 
+#include <bit>
+
 using namespace uvel::host::model;
 
 namespace {
@@ -17,21 +19,38 @@ void Bind(MDL_PORT_VLANS_S &vlans, uint32_t vlan, uint32_t bind, bool dynamic) {
     SetBit(dynamic ? vlans.aulDynTagged : vlans.aulTagged, vlan, bind == L2IF_BIND_TAGGED);
 }
 
-/* The ports that joined, VLAN by VLAN; those that left, in runs of VLANs. */
+uint32_t VlansOfWord(const MDL_PORT_VLANS_S &vlans, uint32_t word) {
+    return vlans.aulUntagged[word] | vlans.aulTagged[word] | vlans.aulDynUntagged[word] | vlans.aulDynTagged[word];
+}
+
+/* Calls visit(vlan) for the VLANs that are in one set and not in the other, ascending. Most changes concern few of the
+ * 4096, so whole words are passed over. */
+template <typename Visit>
+void VisitMissing(const MDL_PORT_VLANS_S &in, const MDL_PORT_VLANS_S &from, Visit visit) {
+    for (uint32_t word = 0; word < L2IF_VLAN_BITMAP_WORDS; ++word)
+        for (uint32_t bits = VlansOfWord(in, word) & ~VlansOfWord(from, word); bits != 0; bits &= bits - 1)
+            visit(word * 32 + static_cast<uint32_t>(std::countr_zero(bits)));
+}
+
+/* The ports that left, in runs of VLANs; those that joined, VLAN by VLAN. */
 void NotifyPort(Batch &batch, const MDL_PORT_VLANS_S &before, const MDL_PORT_VLANS_S &after) {
     constexpr uint32_t ADDED = 161, DELETED = 177, DELETED_RANGE = 179;
-    const auto left = [&](uint32_t vlan) { return vlan < VLANS && IsInVlan(before, vlan) && !IsInVlan(after, vlan); };
-    for (uint32_t vlan = 0; vlan < VLANS; ++vlan) {
-        if (!left(vlan))
-            continue;
-        const uint32_t first = vlan;
-        while (left(vlan + 1))
-            ++vlan;
-        batch.notices->AddPortToList(first, vlan, first == vlan ? DELETED : DELETED_RANGE, after.ulPortIndex);
-    }
-    for (uint32_t vlan = 0; vlan < VLANS; ++vlan)
-        if (!IsInVlan(before, vlan) && IsInVlan(after, vlan))
-            batch.notices->AddPortToList(vlan, vlan, ADDED, after.ulPortIndex);
+    uint32_t first = VLANS;
+    uint32_t last = VLANS;
+    const auto end_run = [&] {
+        if (first != VLANS)
+            batch.notices->AddPortToList(first, last, first == last ? DELETED : DELETED_RANGE, after.ulPortIndex);
+    };
+    VisitMissing(before, after, [&](uint32_t vlan) {
+        if (first == VLANS || vlan != last + 1) {
+            end_run();
+            first = vlan;
+        }
+        last = vlan;
+    });
+    end_run();
+    VisitMissing(after, before,
+                 [&](uint32_t vlan) { batch.notices->AddPortToList(vlan, vlan, ADDED, after.ulPortIndex); });
 }
 
 void NotifySubVlan(Batch &batch, uint32_t event, uint32_t super_vlan, uint32_t vlan) {

@@ -20,7 +20,7 @@ namespace uvel::host::standby {
 struct EndpointSettings {
     uint32_t mtu = 65536;
     uint32_t max_message = 16 << 20;
-    uint32_t window = 16 << 20;
+    uint32_t window = 4 << 20;
     uint32_t send_wait_ms = 200;
     uint32_t heartbeat_ms = 1000;
     uint32_t timeout_ms = 3000;
@@ -57,8 +57,8 @@ class Endpoint {
 
     /* ---- any thread */
 
-    /* Takes a copy of the message: `length` bytes, header and payload. */
-    Sending Send(uint32_t module, uint8_t cpu, const uint8_t *message, uint32_t length, Patience patience);
+    /* Takes the message: the first `length` bytes of the buffer, header and payload. */
+    Sending Send(uint32_t module, uint8_t cpu, Smbuf message, uint32_t length, Patience patience);
     bool BatchDone(uint32_t batch);
     bool StartBatch();
     void SetRole(uint32_t role);
@@ -106,11 +106,12 @@ class Endpoint {
 
     /* Sending; the lock is held. */
     Sending Check(const uint8_t *message, uint32_t length);
+    void AppendMessage(uint32_t module, uint8_t cpu, Smbuf message, uint32_t length);
     bool WaitForRoom(std::unique_lock<std::mutex> &lock, std::size_t bytes, Patience patience);
     void Overflow();
-    void NewStream(Calls &calls);
-    void NewBatch(Calls &calls);
-    void AppendMark(FrameType type);
+    bool NewStream(Calls &calls); /* false, like the next two, when memory is short */
+    bool NewBatch(Calls &calls);
+    bool AppendMark(FrameType type);
     RoleInfo OwnRole() const;
     void BecomeActive(bool active, uint32_t least_term, Calls &calls);
     uint32_t Backup() const;

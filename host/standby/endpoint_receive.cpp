@@ -237,8 +237,9 @@ Endpoint::Step Endpoint::Agree(const Hello &hello) {
             counters_.Add(&C::ulAcknowledged, hello.received - acknowledged);
             counters_.Add(&C::ulResent, stream_.SentNumber() - hello.received);
             first = hello.received + 1;
-        } else {
-            NewStream(calls);
+        } else if (!NewStream(calls)) {
+            trouble_ = "no memory for a stream";
+            return Step::CLOSE;
         }
         name = stream_.Name();
     }
@@ -342,7 +343,7 @@ Endpoint::Step Endpoint::OnAcknowledge(const Frame &frame) {
         if (room && waiting_ > 0)
             room_.notify_all();
         if (room && gap_)
-            NewBatch(calls);
+            (void)NewBatch(calls); /* without memory: at the next acknowledgement */
     }
     Make(calls);
     return Step::GOOD;

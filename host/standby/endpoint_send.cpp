@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <new>
 #include <random>
 #include <uvelhost/crypto.h>
 #include <uvelhost/ha.h>
@@ -15,6 +16,18 @@ using C = YSB_LINK_COUNTERS_S;
 /* Offsets in a message's header. */
 constexpr uint32_t TOTAL_LENGTH = 32;
 constexpr uint32_t FRAGMENT_NUMBER = 44;
+
+/* Payload from which on a message is kept in its own buffer in place of a copy. */
+constexpr uint32_t KEEP_BUFFER = 16384;
+
+static uint32_t FragmentsOf(uint32_t payload, uint32_t mtu) {
+    return payload == 0 ? 1 : (payload - 1) / mtu + 1;
+}
+
+/* What a message takes in the stream. */
+static std::size_t BytesFor(uint32_t payload, uint32_t mtu) {
+    return std::size_t{FragmentsOf(payload, mtu)} * (FRAME_HEAD + MESSAGE_HEADER) + payload;
+}
 
 Endpoint::Endpoint(EndpointSettings settings, EndpointOwner &owner, Counters &counters, uint64_t now)
     : settings_(std::move(settings)), owner_(owner), counters_(counters), stream_(settings_.window),
@@ -76,10 +89,28 @@ bool Endpoint::WaitForRoom(std::unique_lock<std::mutex> &lock, std::size_t bytes
     return !shut_ && stream_.IsOpen() && stream_.Fits(bytes) && (stream_.Name() == name || patience != Patience::BATCH);
 }
 
-Endpoint::Sending Endpoint::Send(uint32_t module, uint8_t cpu, const uint8_t *message, uint32_t length,
-                                 Patience patience) {
+void Endpoint::AppendMessage(uint32_t module, uint8_t cpu, Smbuf message, uint32_t length) {
+    uint8_t *header = DataOf(message.get());
+    const uint32_t payload = length - MESSAGE_HEADER;
+    if (payload >= KEEP_BUFFER && payload <= settings_.mtu) {
+        Put(header + FRAGMENT_NUMBER, uint32_t{0});
+        stream_.Append({length, FrameType::DATA, cpu, module}, std::move(message));
+        return;
+    }
+    stream_.Prepare(BytesFor(payload, settings_.mtu));
+    for (uint32_t fragment = 0, at = 0; fragment < FragmentsOf(payload, settings_.mtu); ++fragment) {
+        const uint32_t part = std::min(payload - at, settings_.mtu);
+        uint8_t *body = stream_.Append({MESSAGE_HEADER + part, FrameType::DATA, cpu, module});
+        std::memcpy(body, header, FRAGMENT_NUMBER);
+        Put(body + FRAGMENT_NUMBER, fragment);
+        std::memcpy(body + MESSAGE_HEADER, header + MESSAGE_HEADER + at, part);
+        at += part;
+    }
+}
+
+Endpoint::Sending Endpoint::Send(uint32_t module, uint8_t cpu, Smbuf message, uint32_t length, Patience patience) {
     std::unique_lock lock(lock_);
-    const Sending checked = Check(message, length);
+    const Sending checked = Check(DataOf(message.get()), length);
     if (checked != Sending::ACCEPTED)
         return checked;
     if (!stream_.IsOpen() || shut_) {
@@ -87,22 +118,20 @@ Endpoint::Sending Endpoint::Send(uint32_t module, uint8_t cpu, const uint8_t *me
         return Sending::NO_PEER;
     }
     const uint32_t payload = length - MESSAGE_HEADER;
-    const uint32_t fragments = payload == 0 ? 1 : (payload - 1) / settings_.mtu + 1;
-    const std::size_t bytes = std::size_t{fragments} * (FRAME_HEAD + MESSAGE_HEADER) + payload;
+    const std::size_t bytes = BytesFor(payload, settings_.mtu);
     if (!stream_.Fits(bytes) && !WaitForRoom(lock, bytes, patience)) {
         counters_.AddAlone(&C::ulRefusedWindow);
         if (stream_.IsOpen() && patience != Patience::BATCH)
             Overflow();
         return Sending::NO_ROOM;
     }
-    stream_.Prepare(bytes);
-    for (uint32_t fragment = 0, at = 0; fragment < fragments; ++fragment) {
-        const uint32_t part = std::min(payload - at, settings_.mtu);
-        uint8_t *body = stream_.Append({MESSAGE_HEADER + part, FrameType::DATA, cpu, module});
-        std::memcpy(body, message, FRAGMENT_NUMBER);
-        Put(body + FRAGMENT_NUMBER, fragment);
-        std::memcpy(body + MESSAGE_HEADER, message + MESSAGE_HEADER + at, part);
-        at += part;
+    const uint32_t fragments = FragmentsOf(payload, settings_.mtu);
+    try {
+        AppendMessage(module, cpu, std::move(message), length);
+    } catch (const std::bad_alloc &) {
+        counters_.AddAlone(&C::ulRefusedMemory);
+        Overflow();
+        return Sending::NO_MEMORY;
     }
     counters_.AddAlone(&C::ulMessagesSent);
     counters_.AddAlone(&C::ulPacketsSent, fragments);
@@ -112,23 +141,30 @@ Endpoint::Sending Endpoint::Send(uint32_t module, uint8_t cpu, const uint8_t *me
 
 /* ---- batches */
 
-void Endpoint::AppendMark(FrameType type) {
-    stream_.Prepare(FRAME_HEAD);
+bool Endpoint::AppendMark(FrameType type) {
+    try {
+        stream_.Prepare(FRAME_HEAD);
+    } catch (const std::bad_alloc &) {
+        return false;
+    }
     stream_.Append({0, type, 0, batch_});
+    return true;
 }
 
-void Endpoint::NewBatch(Calls &calls) {
+bool Endpoint::NewBatch(Calls &calls) {
     ++batch_;
-    gap_ = false;
     delivered_ = false;
     batch_end_ = 0;
-    AppendMark(FrameType::BATCH_BEGIN);
+    gap_ = !AppendMark(FrameType::BATCH_BEGIN);
+    if (gap_)
+        return false;
     counters_.Add(&C::ulBatches);
     calls.batch_wanted = batch_;
     calls.state_changed = true;
+    return true;
 }
 
-void Endpoint::NewStream(Calls &calls) {
+bool Endpoint::NewStream(Calls &calls) {
     uint64_t name = 0;
     while (name == 0) {
         if (CRYPT_random(reinterpret_cast<uint8_t *>(&name), sizeof name) != UVELHOST_OK)
@@ -137,15 +173,17 @@ void Endpoint::NewStream(Calls &calls) {
     stream_.Restart(name);
     room_.notify_all();
     counters_.Add(&C::ulNewStreams);
-    NewBatch(calls);
+    if (NewBatch(calls))
+        return true;
+    stream_.Restart(0);
+    return false;
 }
 
 bool Endpoint::BatchDone(uint32_t batch) {
     {
         std::lock_guard lock(lock_);
-        if (batch == 0 || batch != batch_ || batch_end_ != 0 || !stream_.IsOpen())
+        if (batch == 0 || batch != batch_ || batch_end_ != 0 || !stream_.IsOpen() || !AppendMark(FrameType::BATCH_END))
             return false;
-        AppendMark(FrameType::BATCH_END);
         batch_end_ = stream_.LastNumber();
     }
     owner_.Wake();
@@ -156,9 +194,8 @@ bool Endpoint::StartBatch() {
     Calls calls;
     {
         std::lock_guard lock(lock_);
-        if (!up_)
+        if (!up_ || !NewBatch(calls))
             return false;
-        NewBatch(calls);
     }
     Make(calls);
     owner_.Wake();

@@ -132,8 +132,8 @@ Link::~Link() {
     EndOfHa(config_.ulBoard, config_.ulPeerBoard);
 }
 
-Endpoint::Sending Link::Send(uint32_t module, uint8_t cpu, const uint8_t *message, uint32_t length) {
-    const Endpoint::Sending sending = endpoint_.Send(module, cpu, message, length, t_patience);
+Endpoint::Sending Link::Send(uint32_t module, uint8_t cpu, Smbuf message, uint32_t length) {
+    const Endpoint::Sending sending = endpoint_.Send(module, cpu, std::move(message), length, t_patience);
     if (sending == Endpoint::Sending::ACCEPTED)
         Wake();
     return sending;

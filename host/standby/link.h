@@ -18,7 +18,7 @@ class Link final : private EndpointOwner {
     static std::unique_ptr<Link> Open(const YSB_LINK_CONFIG_S &config, std::string &error);
     ~Link();
 
-    Endpoint::Sending Send(uint32_t module, uint8_t cpu, const uint8_t *message, uint32_t length);
+    Endpoint::Sending Send(uint32_t module, uint8_t cpu, Smbuf message, uint32_t length);
     bool BatchDone(uint32_t batch) { return endpoint_.BatchDone(batch); }
     bool StartBatch() { return endpoint_.StartBatch(); }
     /* Whoever waits for room gives up. */

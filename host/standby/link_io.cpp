@@ -12,10 +12,10 @@ namespace uvel::host::standby {
 
 using C = YSB_LINK_COUNTERS_S;
 
-constexpr std::size_t MAX_PENDING = 8;            /* peers that introduce themselves at one time */
-constexpr std::size_t ENOUGH_TO_SEND = 256 << 10; /* encrypted bytes that wait for the socket */
-constexpr int READS_AT_ONCE = 64;                 /* records, before it is the turn of sending again */
-constexpr int WRITES_AT_ONCE = 16;
+constexpr std::size_t MAX_PENDING = 8;           /* peers that introduce themselves at one time */
+constexpr std::size_t ENOUGH_TO_SEND = 64 << 10; /* encrypted bytes that wait for the socket; stays in the cache */
+constexpr int READS_AT_ONCE = 64;                /* records, before it is the turn of sending again */
+constexpr int WRITES_AT_ONCE = 32;
 constexpr uint64_t LASTED_MS = 1000;
 constexpr uint64_t SAY_EVERY_MS = 1000;
 

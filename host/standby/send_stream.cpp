@@ -16,8 +16,8 @@ void SendStream::Restart(uint64_t name) {
 void SendStream::DropFront() {
     Chunk &chunk = chunks_.front();
     held_ -= chunk.used;
-    if (chunk.size == CHUNK && spare_.size() < SPARE_CHUNKS)
-        spare_.push_back(std::move(chunk));
+    if (chunk.size == CHUNK && chunk.own != nullptr && spare_.size() < window_ / CHUNK)
+        spare_.push_back(std::move(chunk.own));
     chunks_.pop_front();
     if (sending_ > 0)
         --sending_;
@@ -28,20 +28,35 @@ void SendStream::Prepare(std::size_t bytes) {
         return;
     Chunk chunk;
     if (bytes <= CHUNK && !spare_.empty()) {
-        chunk.bytes = std::move(spare_.back().bytes);
+        chunk.own = std::move(spare_.back());
         spare_.pop_back();
     } else {
-        chunk.bytes.reset(new uint8_t[std::max(bytes, CHUNK)]);
+        chunk.own.reset(new uint8_t[std::max(bytes, CHUNK)]);
     }
+    chunk.bytes = chunk.own.get();
     chunk.size = std::max(bytes, CHUNK);
     chunk.first = next_;
     chunk.last = next_ - 1;
     chunks_.push_back(std::move(chunk));
 }
 
+void SendStream::Append(FrameHead head, Smbuf message) {
+    static_assert(offsetof(YSB_SMBUF, frame_head) + FRAME_HEAD == sizeof(YSB_SMBUF));
+    Chunk chunk;
+    chunk.bytes = DataOf(message.get()) - FRAME_HEAD;
+    chunk.message = std::move(message);
+    chunk.size = chunk.used = FRAME_HEAD + head.length;
+    chunk.first = chunk.last = next_;
+    head.number = next_;
+    PutHead(chunk.bytes, head);
+    chunks_.push_back(std::move(chunk));
+    held_ += FRAME_HEAD + head.length;
+    ++next_;
+}
+
 uint8_t *SendStream::Append(FrameHead head) {
     Chunk &chunk = chunks_.back();
-    uint8_t *at = chunk.bytes.get() + chunk.used;
+    uint8_t *at = chunk.bytes + chunk.used;
     const std::size_t bytes = FRAME_HEAD + head.length;
     head.number = next_;
     PutHead(at, head);
@@ -59,7 +74,7 @@ std::span<const uint8_t> SendStream::Unsent() {
         return {};
     const Chunk &chunk = chunks_[sending_];
     run_ = {chunk.used - chunk.sent, chunk.last};
-    return {chunk.bytes.get() + chunk.sent, run_.bytes};
+    return {chunk.bytes + chunk.sent, run_.bytes};
 }
 
 void SendStream::Sent() {
@@ -80,7 +95,7 @@ bool SendStream::Acknowledge(uint64_t number) {
 std::size_t SendStream::OffsetOf(const Chunk &chunk, uint64_t number) {
     std::size_t at = 0;
     while (at < chunk.used) {
-        const FrameHead head = GetHead(chunk.bytes.get() + at);
+        const FrameHead head = GetHead(chunk.bytes + at);
         if (head.number == number)
             break;
         at += FRAME_HEAD + head.length;

@@ -5,6 +5,7 @@
 #ifndef UVEL_HOST_STANDBY_SEND_STREAM_H
 #define UVEL_HOST_STANDBY_SEND_STREAM_H
 
+#include "standby/smbuf.h"
 #include "standby/wire.h"
 
 #include <deque>
@@ -23,6 +24,10 @@ class SendStream {
 
     /* Whether `bytes` more stay within the window. An empty stream takes anything. */
     bool Fits(std::size_t bytes) const { return held_ == 0 || held_ + bytes <= window_; }
+
+    /* Appends a frame of a message that is kept in its own buffer: worth it for long ones. Throws when memory is
+     * short; nothing is appended then. */
+    void Append(FrameHead head, Smbuf message);
 
     /* Makes room for frames of `bytes` together: all of a message or nothing. Throws when memory is short. Does not look
      * at the window. */
@@ -51,7 +56,9 @@ class SendStream {
 
   private:
     struct Chunk {
-        std::unique_ptr<uint8_t[]> bytes;
+        uint8_t *bytes = nullptr;
+        std::unique_ptr<uint8_t[]> own; /* whose they are: this, */
+        Smbuf message;                  /* or this */
         std::size_t size = 0;
         std::size_t used = 0;
         std::size_t sent = 0;
@@ -59,7 +66,6 @@ class SendStream {
         uint64_t last = 0;  /* number of its last frame */
     };
     static constexpr std::size_t CHUNK = 256 * 1024;
-    static constexpr std::size_t SPARE_CHUNKS = 16;
 
     struct Run { /* what Unsent gave */
         std::size_t bytes = 0;
@@ -72,7 +78,7 @@ class SendStream {
     std::deque<Chunk> chunks_;
     std::size_t sending_ = 0; /* chunk that is sent from next */
     Run run_;
-    std::vector<Chunk> spare_;
+    std::vector<std::unique_ptr<uint8_t[]>> spare_; /* chunks to use again, no more than fill the window */
     std::size_t window_;
     std::size_t held_ = 0; /* bytes in all chunks */
     uint64_t name_ = 0;

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <new>
+#include <utility>
 
 using namespace uvel::host::standby;
 
@@ -36,12 +37,12 @@ class LinkInUse {
 };
 
 uint32_t Output(uint32_t module, YSB_SMBUF_S *smbuf, uint32_t length, uint8_t cpu) {
-    const Smbuf owned(smbuf);
+    Smbuf owned(smbuf);
     const LinkInUse link;
     if (!link || smbuf == nullptr || length > smbuf->size)
         return 1;
     try {
-        return link->Send(module, cpu, DataOf(smbuf), length) == Endpoint::Sending::ACCEPTED ? UVELHOST_OK : 1;
+        return link->Send(module, cpu, std::move(owned), length) == Endpoint::Sending::ACCEPTED ? UVELHOST_OK : 1;
     } catch (const std::bad_alloc &) {
         return 1;
     }

@@ -1,4 +1,5 @@
-/* Socket buffers as this folder sees them: one block, the data behind a head of 16 bytes. */
+/* Socket buffers as this folder sees them: one block, the data behind a head that has room for a frame's head directly
+ * in front of the data, so that a message can travel out of its own buffer. */
 #ifndef UVEL_HOST_STANDBY_SMBUF_H
 #define UVEL_HOST_STANDBY_SMBUF_H
 
@@ -8,8 +9,10 @@
 
 struct YSB_SMBUF {
     uint32_t size; /* bytes of data */
-    uint32_t reserved[3];
+    uint32_t reserved[2];
+    uint8_t frame_head[20];
 };
+static_assert(sizeof(YSB_SMBUF) == 32, "the data is aligned like the block");
 
 namespace uvel::host::standby {
 

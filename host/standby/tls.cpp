@@ -1,5 +1,6 @@
 #include "standby/tls.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <openssl/err.h>
 #include <openssl/x509v3.h>
@@ -9,7 +10,7 @@ namespace uvel::host::standby {
 
 namespace {
 
-constexpr std::size_t READ_AHEAD = 256 * 1024; /* bytes for one call */
+constexpr std::size_t READ_AT_ONCE = 128 * 1024; /* bytes for one call; stays in the cache */
 constexpr char CIPHERS[] = "TLS_AES_128_GCM_SHA256:TLS_AES_256_GCM_SHA384:TLS_CHACHA20_POLY1305_SHA256";
 
 std::string ErrorText(unsigned long error) {
@@ -83,8 +84,6 @@ std::unique_ptr<TlsContext> TlsContext::Load(const Files &files, const std::stri
     SSL_CTX_set_verify(context, SSL_VERIFY_PEER | SSL_VERIFY_FAIL_IF_NO_PEER_CERT, nullptr);
     SSL_CTX_set_num_tickets(context, 0);
     SSL_CTX_set_session_cache_mode(context, SSL_SESS_CACHE_OFF);
-    SSL_CTX_set_read_ahead(context, 1);
-    SSL_CTX_set_default_read_buffer_len(context, READ_AHEAD);
     X509_VERIFY_PARAM *verify = SSL_CTX_get0_param(context);
     X509_VERIFY_PARAM_set_hostflags(verify, X509_CHECK_FLAG_NO_WILDCARDS | X509_CHECK_FLAG_NEVER_CHECK_SUBJECT);
     if (X509_VERIFY_PARAM_set1_host(verify, peer_name.c_str(), peer_name.size()) != 1)
@@ -96,17 +95,28 @@ std::unique_ptr<TlsContext> TlsContext::Load(const Files &files, const std::stri
 
 int TlsChannel::BioWrite(BIO *bio, const char *bytes, int count) {
     auto *channel = static_cast<TlsChannel *>(BIO_get_data(bio));
-    channel->out_.insert(channel->out_.end(), bytes, bytes + count);
+    const auto *first = reinterpret_cast<const uint8_t *>(bytes);
+    channel->out_.insert(channel->out_.end(), first, first + count);
     return count;
 }
 
+/* OpenSSL's own reading ahead would move what it has read to the front of its buffer for every record. */
 int TlsChannel::BioRead(BIO *bio, char *bytes, int count) {
-    const auto *channel = static_cast<const TlsChannel *>(BIO_get_data(bio));
+    auto *channel = static_cast<TlsChannel *>(BIO_get_data(bio));
     BIO_clear_retry_flags(bio);
-    const ssize_t got = recv(channel->socket_, bytes, static_cast<std::size_t>(count), 0);
-    if (got < 0 && (errno == EAGAIN || errno == EINTR))
-        BIO_set_retry_read(bio);
-    return static_cast<int>(got);
+    if (channel->in_begin_ == channel->in_end_) {
+        const ssize_t got = recv(channel->socket_, channel->in_.get(), READ_AT_ONCE, 0);
+        if (got < 0 && (errno == EAGAIN || errno == EINTR))
+            BIO_set_retry_read(bio);
+        if (got <= 0)
+            return static_cast<int>(got);
+        channel->in_begin_ = 0;
+        channel->in_end_ = static_cast<std::size_t>(got);
+    }
+    const std::size_t part = std::min(static_cast<std::size_t>(count), channel->in_end_ - channel->in_begin_);
+    std::memcpy(bytes, channel->in_.get() + channel->in_begin_, part);
+    channel->in_begin_ += part;
+    return static_cast<int>(part);
 }
 
 long TlsChannel::BioControl(BIO *, int command, long, void *) {
@@ -125,7 +135,7 @@ const BIO_METHOD *TlsChannel::Method() {
 }
 
 TlsChannel::TlsChannel(const TlsContext &context, int socket, bool server)
-    : socket_(socket), ssl_(SSL_new(context.Get())) {
+    : socket_(socket), ssl_(SSL_new(context.Get())), in_(new uint8_t[READ_AT_ONCE]) {
     BIO *bio = BIO_new(Method());
     if (ssl_ == nullptr || bio == nullptr) {
         BIO_free(bio);

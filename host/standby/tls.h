@@ -75,6 +75,9 @@ class TlsChannel {
 
     int socket_;
     std::unique_ptr<SSL, Free> ssl_;
+    std::unique_ptr<uint8_t[]> in_; /* read from the socket, not yet by TLS */
+    std::size_t in_begin_ = 0;
+    std::size_t in_end_ = 0;
     std::vector<uint8_t> out_;
     std::size_t out_at_ = 0;
     Refusal refused_ = Refusal::NONE;

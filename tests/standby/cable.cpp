@@ -28,8 +28,10 @@ EndpointSettings Settings(const std::string &name, const std::string &peer_name)
     return settings;
 }
 
-static Endpoint::Sending SendTo(Endpoint &endpoint, const std::vector<uint8_t> &message) {
-    return endpoint.Send(7, 255, message.data(), static_cast<uint32_t>(message.size()), Endpoint::Patience::NONE);
+Endpoint::Sending SendTo(Endpoint &endpoint, const std::vector<uint8_t> &message, Endpoint::Patience patience) {
+    Smbuf smbuf = uvel::host::standby::MakeSmbuf(static_cast<uint32_t>(message.size()));
+    std::copy(message.begin(), message.end(), DataOf(smbuf.get()));
+    return endpoint.Send(7, 255, std::move(smbuf), static_cast<uint32_t>(message.size()), patience);
 }
 
 Endpoint::Sending Side::Set(uint32_t key, const std::string &value) {

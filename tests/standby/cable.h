@@ -23,6 +23,9 @@ using Table = std::map<uint32_t, std::string>;
 /* A message with a true header: `payload` behind 48 bytes, key in word C0, subtype `erase`. */
 std::vector<uint8_t> Message(uint32_t key, const std::string &payload, bool erase = false);
 
+Endpoint::Sending SendTo(Endpoint &endpoint, const std::vector<uint8_t> &message,
+                         Endpoint::Patience patience = Endpoint::Patience::NONE);
+
 class Side : private uvel::host::standby::EndpointOwner {
   public:
     Side(const EndpointSettings &settings, uint64_t now) : endpoint(settings, *this, counters, now) {}

@@ -193,9 +193,7 @@ TEST_F(Pair, CutsLongMessagesIntoNumberedFragments) {
 
 TEST_F(Pair, RefusesWhatCannotTravel) {
     Connect();
-    const auto send = [&](const std::vector<uint8_t> &message) {
-        return a.endpoint.Send(1, 255, message.data(), static_cast<uint32_t>(message.size()), Endpoint::Patience::NONE);
-    };
+    const auto send = [&](const std::vector<uint8_t> &message) { return SendTo(a.endpoint, message); };
     EXPECT_EQ(Sending::MALFORMED, send(std::vector<uint8_t>(47)));
     std::vector<uint8_t> message = Message(1, "four");
     message[32] = 5;
@@ -383,9 +381,7 @@ TEST_F(Pair, WaitsForRoomAndGoesOnWhenThereIsSome) {
     Connect();
     Settle(cable, a, b, NOW);
     const std::vector<uint8_t> message = Message(1, std::string(60000, 'x'));
-    const auto send = [&](Endpoint::Patience patience) {
-        return a.endpoint.Send(1, 255, message.data(), static_cast<uint32_t>(message.size()), patience);
-    };
+    const auto send = [&](Endpoint::Patience patience) { return SendTo(a.endpoint, message, patience); };
     while (send(Endpoint::Patience::NONE) == Sending::ACCEPTED) {
     }
     Sending result = Sending::NO_ROOM;
@@ -401,8 +397,7 @@ TEST_F(Pair, WaitingForRoomEndsWithItsTime) {
     const std::vector<uint8_t> message = Message(1, std::string(60000, 'x'));
     Sending result = Sending::ACCEPTED;
     while (result == Sending::ACCEPTED)
-        result =
-            a.endpoint.Send(1, 255, message.data(), static_cast<uint32_t>(message.size()), Endpoint::Patience::SHORT);
+        result = SendTo(a.endpoint, message, Endpoint::Patience::SHORT);
     EXPECT_EQ(Sending::NO_ROOM, result);
     EXPECT_EQ(1u, CountersOfA().ulRefusedWindow);
 }
@@ -413,8 +408,7 @@ TEST_F(Pair, WaitingForRoomEndsWhenTheLinkIsClosed) {
     Sending result = Sending::ACCEPTED;
     std::thread waiter([&] {
         while (result == Sending::ACCEPTED)
-            result = a.endpoint.Send(1, 255, message.data(), static_cast<uint32_t>(message.size()),
-                                     Endpoint::Patience::BATCH);
+            result = SendTo(a.endpoint, message, Endpoint::Patience::BATCH);
     });
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
     a.endpoint.Shut();

@@ -78,7 +78,7 @@ typedef struct {
 
     uint32_t ulMtu;         /* most payload bytes of a packet; 65536 */
     uint32_t ulMaxMessage;  /* most payload bytes of a message, sent and received; 16 MiB, at most 64 MiB */
-    uint32_t ulWindow;      /* bytes that are kept for the peer; 16 MiB */
+    uint32_t ulWindow;      /* bytes that are kept for the peer; 4 MiB */
     uint32_t ulSendWaitMs;  /* 200 */
     uint32_t ulHeartbeatMs; /* 1000 */
     uint32_t ulTimeoutMs;   /* a peer that is silent for so long is gone; 3000 */

@@ -18,6 +18,9 @@ uint8_t *HeaderOf(uint32_t ulBackType, void *pBuffer);
 /* First byte of a buffer's payload, null in the same cases. Unlike CBUF_C2D it tells when there is none. */
 uint8_t *PayloadOf(uint32_t ulBackType, void *pBuffer);
 
+/* Reads the header of a back type with buffers. Only YSB writes message id and fragment number. */
+void ReadInfo(uint32_t ulBackType, const uint8_t *pucHeader, CHI_MSG_INFO_S *pstInfo);
+
 /* Copies ulLen bytes to where there are ulRoom; asserts and copies nothing when they do not fit. */
 bool Copy(uint8_t *pucDest, uint32_t ulRoom, const void *pSource, uint32_t ulLen);
 

@@ -66,12 +66,16 @@ uint32_t CHI_RecvMsgForFrag(uint32_t ulBackType, CHI_RECV_CTX_S *pstContext, voi
         CBUF_Free(ulBackType, pBuffer);
         return KIVO_FAIL;
     }
-    CHI_MSG_INFO_S stInfo{};
     const uint8_t *pucHeader = chi::HeaderOf(ulBackType, pBuffer);
-    if (CHI_GetMsgInfo(ulBackType, pBuffer, &stInfo) != KIVO_OK || pucHeader == nullptr) {
+    if (pucHeader == nullptr) {
+        if (ulBackType > CHI_BACK_YSB)
+            qal_assert(SOURCE, __LINE__); /* not the lack of data in a good buffer, but a wrong call */
         CBUF_Free(ulBackType, pBuffer);
         return KIVO_FAIL;
     }
+    CHI_MSG_INFO_S stInfo;
+    stInfo.ulMsgId = stInfo.ulFragment = 0; /* for the services that have none */
+    chi::ReadInfo(ulBackType, pucHeader, &stInfo);
 
     uint32_t ulResult;
     if (pstContext->pBuffer != nullptr && pstContext->ulMsgId == stInfo.ulMsgId) {

@@ -73,15 +73,7 @@ uint32_t CHI_SetMsgInfo(uint32_t ulBackType, void *pBuffer, CHI_MSG_INFO_S *pstI
     return KIVO_OK;
 }
 
-uint32_t CHI_GetMsgInfo(uint32_t ulBackType, void *pBuffer, CHI_MSG_INFO_S *pstInfo) {
-    if (pBuffer == nullptr || pstInfo == nullptr || ulBackType > CHI_BACK_YSB) {
-        qal_assert(SOURCE, __LINE__);
-        return KIVO_FAIL;
-    }
-    const uint8_t *pucHeader = chi::HeaderOf(ulBackType, pBuffer);
-    if (pucHeader == nullptr)
-        return KIVO_FAIL;
-
+void chi::ReadInfo(uint32_t ulBackType, const uint8_t *pucHeader, CHI_MSG_INFO_S *pstInfo) {
     const Layout &stLayout = LAYOUTS[ulBackType];
     std::memcpy(pstInfo->aulWordC, pucHeader + stLayout.ulWordC, sizeof pstInfo->aulWordC);
     pstInfo->ulSubType = Get<uint16_t>(pucHeader, stLayout.ulSubType);
@@ -92,6 +84,17 @@ uint32_t CHI_GetMsgInfo(uint32_t ulBackType, void *pBuffer, CHI_MSG_INFO_S *pstI
         pstInfo->ulMsgId = Get<uint32_t>(pucHeader, YSB_MSG_ID);
         pstInfo->ulFragment = Get<uint32_t>(pucHeader, YSB_FRAGMENT);
     }
+}
+
+uint32_t CHI_GetMsgInfo(uint32_t ulBackType, void *pBuffer, CHI_MSG_INFO_S *pstInfo) {
+    if (pBuffer == nullptr || pstInfo == nullptr || ulBackType > CHI_BACK_YSB) {
+        qal_assert(SOURCE, __LINE__);
+        return KIVO_FAIL;
+    }
+    const uint8_t *pucHeader = chi::HeaderOf(ulBackType, pBuffer);
+    if (pucHeader == nullptr)
+        return KIVO_FAIL;
+    chi::ReadInfo(ulBackType, pucHeader, pstInfo);
     return KIVO_OK;
 }
 

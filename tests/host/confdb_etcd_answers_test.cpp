@@ -3,28 +3,36 @@
 #include "etcd_fixtures.h"
 
 #include <atomic>
+#include <functional>
+#include <optional>
 #include <thread>
 
 using namespace confdb_test;
 
 namespace {
 
-/* Answers every request with the same bytes and closes the connection. */
+/* Answers requests by what their first bytes say, and closes the connection; without an answer it leaves it open. */
 class FakeServer {
   public:
-    explicit FakeServer(std::string answer) : answer_(std::move(answer)), socket_(Listen()) {
+    using Answer = std::function<std::optional<std::string>(const std::string &request)>;
+
+    explicit FakeServer(Answer answer) : answer_(std::move(answer)), socket_(BoundSocket(port_)) {
+        EXPECT_EQ(0, listen(socket_, 16));
         thread_ = std::thread([this] { Serve(); });
     }
+    explicit FakeServer(const std::string &bytes) : FakeServer([=](const std::string &) { return bytes; }) {}
     ~FakeServer() {
         shutdown(socket_, SHUT_RDWR);
         thread_.join();
         close(socket_);
+        for (const int peer : left_open_)
+            close(peer);
     }
     FakeServer(const FakeServer &) = delete;
     FakeServer &operator=(const FakeServer &) = delete;
 
-    std::string Endpoint() const { return "etcd://127.0.0.1:" + std::to_string(port_); }
     std::string HostAndPort() const { return "127.0.0.1:" + std::to_string(port_); }
+    std::string Endpoint() const { return "etcd://" + HostAndPort(); }
     int Requests() const { return requests_; }
 
     static std::string Http(const std::string &body) {
@@ -33,35 +41,29 @@ class FakeServer {
     }
 
   private:
-    int Listen() {
-        const int socket = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-        sockaddr_in address{};
-        socklen_t size = sizeof address;
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        EXPECT_EQ(0, bind(socket, reinterpret_cast<sockaddr *>(&address), size));
-        EXPECT_EQ(0, listen(socket, 16));
-        EXPECT_EQ(0, getsockname(socket, reinterpret_cast<sockaddr *>(&address), &size));
-        port_ = ntohs(address.sin_port);
-        return socket;
-    }
     void Serve() {
-        for (int peer; (peer = accept4(socket_, nullptr, nullptr, SOCK_CLOEXEC)) >= 0; close(peer)) {
-            char request[4096];
-            if (read(peer, request, sizeof request) <= 0)
-                continue;
+        for (int peer; (peer = accept4(socket_, nullptr, nullptr, SOCK_CLOEXEC)) >= 0;) {
+            char bytes[4096];
+            const ssize_t size = read(peer, bytes, sizeof bytes);
+            const auto answer = answer_(std::string(bytes, static_cast<std::size_t>(std::max<ssize_t>(size, 0))));
             ++requests_;
-            [[maybe_unused]] const ssize_t sent = send(peer, answer_.data(), answer_.size(), MSG_NOSIGNAL);
+            if (!answer) {
+                left_open_.push_back(peer);
+                continue;
+            }
+            [[maybe_unused]] const ssize_t sent = send(peer, answer->data(), answer->size(), MSG_NOSIGNAL);
             shutdown(peer, SHUT_WR);
-            while (read(peer, request, sizeof request) > 0)
+            while (read(peer, bytes, sizeof bytes) > 0)
                 ;
+            close(peer);
         }
     }
 
-    std::string answer_;
+    Answer answer_;
     int port_ = 0;
     int socket_;
     std::atomic<int> requests_{0};
+    std::vector<int> left_open_;
     std::thread thread_;
 };
 
@@ -96,6 +98,19 @@ TEST(ConfdbServer, ThatTalksNoHttpIsReported) {
     Watch watch(server.Endpoint());
     watch.HandleFor(200ms);
     EXPECT_NE("", testing::internal::GetCapturedStderr());
+}
+
+TEST(ConfdbServer, ThatNeverConfirmsAWatchIsReported) {
+    const FakeServer server([](const std::string &request) {
+        return request.starts_with("POST /v3/watch")
+                   ? std::nullopt
+                   : std::optional(FakeServer::Http(R"({"header":{"revision":"5"}})"));
+    });
+    testing::internal::CaptureStderr();
+    Watch watch(server.Endpoint());
+    watch.HandleFor(4s);
+    const std::string said = testing::internal::GetCapturedStderr();
+    EXPECT_NE(said.npos, said.find("does not confirm a watch")) << said;
 }
 
 class ConfdbServerBeside : public EtcdTest {};

@@ -17,8 +17,8 @@ inline bool HasEtcd() {
     return access("/usr/bin/etcd", X_OK) == 0 && access("/usr/bin/etcdctl", X_OK) == 0;
 }
 
-/* A port that nobody listens on at the moment. */
-inline int FreePort() {
+/* A socket on a port of this machine that was free, and the port. */
+inline int BoundSocket(int &port) {
     const int socket = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
     sockaddr_in address{};
     socklen_t size = sizeof address;
@@ -26,8 +26,15 @@ inline int FreePort() {
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     EXPECT_EQ(0, bind(socket, reinterpret_cast<sockaddr *>(&address), size));
     EXPECT_EQ(0, getsockname(socket, reinterpret_cast<sockaddr *>(&address), &size));
-    close(socket);
-    return ntohs(address.sin_port);
+    port = ntohs(address.sin_port);
+    return socket;
+}
+
+/* A port that nobody listens on at the moment. */
+inline int FreePort() {
+    int port = 0;
+    close(BoundSocket(port));
+    return port;
 }
 
 /* Waits until somebody does; false after half a minute. */

@@ -1,81 +1,16 @@
 // The containers and the sort beside what a C programmer would take instead.
-//
-// Keys come in an order that no branch predictor learns: 65536 random draws before the order repeats.
 
-#include "record.h"
+#include "record_sets.h"
 
-#include <algorithm>
-#include <benchmark/benchmark.h>
-#include <cstdlib>
 #include <cstring>
-#include <random>
 #include <uvelcommon_base/kivo_link_table.h>
 #include <uvelcommon_base/kivo_mem.h>
 #include <uvelcommon_base/kivo_ordered_table.h>
 #include <uvelcommon_base/kivo_quicksort.h>
-#include <vector>
 
 namespace {
 
 constexpr uint32_t MODULE = 1;
-constexpr std::size_t DRAWS = 65536;
-
-using Bsearch = void *(*)(const void *, const void *, std::size_t, std::size_t, int (*)(const void *, const void *));
-using Qsort = void (*)(void *, std::size_t, std::size_t, int (*)(const void *, const void *));
-
-/* glibc's own functions, not what its headers inline into the caller. */
-volatile Bsearch glibc_bsearch = bsearch;
-volatile Qsort glibc_qsort = qsort;
-
-/* Records with the ids 1, 3, 5, ... */
-std::vector<Record> Ascending(std::size_t count) {
-    std::vector<Record> records(count);
-    for (std::size_t i = 0; i < count; ++i)
-        records[i].id = static_cast<uint32_t>(2 * i + 1);
-    return records;
-}
-
-std::vector<Record> Shuffled(std::size_t count) {
-    std::vector<Record> records = Ascending(count);
-    std::shuffle(records.begin(), records.end(), std::mt19937(1));
-    return records;
-}
-
-std::vector<void *> PointersTo(std::vector<Record> &records) {
-    std::vector<void *> pointers;
-    for (Record &record : records)
-        pointers.push_back(&record);
-    return pointers;
-}
-
-std::vector<void *> AscendingPointersTo(std::vector<Record> &shuffled) {
-    std::vector<void *> pointers = PointersTo(shuffled);
-    std::sort(pointers.begin(), pointers.end(), Record_Less);
-    return pointers;
-}
-
-/* Ids of records in random order; offset 1 gives ids that no record has. */
-std::vector<uint32_t> Draws(std::size_t count, uint32_t offset = 0) {
-    std::mt19937 random(2);
-    std::uniform_int_distribution<uint32_t> index(0, static_cast<uint32_t>(count - 1));
-    std::vector<uint32_t> ids(DRAWS);
-    for (uint32_t &id : ids)
-        id = 2 * index(random) + 1 + offset;
-    return ids;
-}
-
-std::size_t CountOf(const benchmark::State &state) {
-    return static_cast<std::size_t>(state.range(0));
-}
-
-template <typename Lookup>
-void Look(benchmark::State &state, const std::vector<uint32_t> &ids, Lookup lookup) {
-    std::size_t draw = 0;
-    for (auto _ : state) {
-        benchmark::DoNotOptimize(lookup(&ids[draw]));
-        draw = (draw + 1) % DRAWS;
-    }
-}
 
 /* ---- look-up of a 64-byte record */
 
@@ -88,13 +23,13 @@ SRVOT_TBL_S *OrderedTable(std::size_t count) {
 
 void OrderedTable_Find(benchmark::State &state, uint32_t offset) {
     SRVOT_TBL_S *table = OrderedTable(CountOf(state));
-    Look(state, Draws(CountOf(state), offset), [=](const uint32_t *id) { return SRVOT_FindElmt(table, id); });
+    ForEveryDraw(state, Draws(CountOf(state), offset), [=](const uint32_t *id) { return SRVOT_FindElmt(table, id); });
     SRVOT_DeleteOTbl(&table);
 }
 
 void Bsearch_Records(benchmark::State &state, uint32_t offset) {
     const std::vector<Record> records = Ascending(CountOf(state));
-    Look(state, Draws(CountOf(state), offset), [&](const uint32_t *id) {
+    ForEveryDraw(state, Draws(CountOf(state), offset), [&](const uint32_t *id) {
         return glibc_bsearch(id, records.data(), records.size(), sizeof(Record), Record_CompareForBsearch);
     });
 }
@@ -111,14 +46,14 @@ void LinkTable_Find(benchmark::State &state, uint32_t offset) {
     SRVSTL_TBL_S *table = SRVSTL_CreateNew(MODULE, static_cast<uint32_t>(CountOf(state)), Record_CompareWithKey);
     for (Record &record : records)
         SRVSTL_SetLink(table, &record.id, &record);
-    Look(state, Draws(CountOf(state), offset), [=](const uint32_t *id) { return SRVSTL_FindLink(table, id); });
+    ForEveryDraw(state, Draws(CountOf(state), offset), [=](const uint32_t *id) { return SRVSTL_FindLink(table, id); });
     SRVSTL_DeleteSTbl(&table, nullptr);
 }
 
 void Bsearch_Pointers(benchmark::State &state, uint32_t offset) {
     std::vector<Record> records = Shuffled(CountOf(state));
     const std::vector<void *> pointers = AscendingPointersTo(records);
-    Look(state, Draws(CountOf(state), offset), [&](const uint32_t *id) -> void * {
+    ForEveryDraw(state, Draws(CountOf(state), offset), [&](const uint32_t *id) -> void * {
         auto *slot = static_cast<void **>(
             glibc_bsearch(id, pointers.data(), pointers.size(), sizeof(void *), Record_CompareForPointerBsearch));
         return slot == nullptr ? nullptr : *slot;
@@ -177,18 +112,6 @@ BENCHMARK(OrderedTable_Build)->Arg(4096)->Unit(benchmark::kMillisecond);
 BENCHMARK(CopiesOfTheSameSizes)->Arg(4096)->Unit(benchmark::kMillisecond);
 
 /* ---- sorting pointers to records that lie in random order */
-
-template <typename Sort>
-void SortPointers(benchmark::State &state, Sort sort) {
-    std::vector<Record> records = Shuffled(CountOf(state));
-    const std::vector<void *> unsorted = PointersTo(records);
-    std::vector<void *> pointers(unsorted.size());
-    for (auto _ : state) {
-        pointers = unsorted;
-        sort(pointers);
-        benchmark::DoNotOptimize(pointers.data());
-    }
-}
 
 void QuickSort(benchmark::State &state) {
     SortPointers(state, [](std::vector<void *> &pointers) {

@@ -22,7 +22,8 @@ bool IsText(const std::string &value) {
 
 std::string ToHex(const std::string &value) {
     std::string text;
-    for (const unsigned char byte : value) {
+    for (const char c : value) {
+        const auto byte = static_cast<unsigned char>(c);
         text += "0123456789abcdef"[byte >> 4];
         text += "0123456789abcdef"[byte & 15];
     }

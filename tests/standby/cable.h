@@ -26,7 +26,7 @@ std::vector<uint8_t> Message(uint32_t key, const std::string &payload, bool eras
 Endpoint::Sending SendTo(Endpoint &endpoint, const std::vector<uint8_t> &message,
                          Endpoint::Patience patience = Endpoint::Patience::NONE);
 
-class Side : private uvel::host::standby::EndpointOwner {
+class Side final : private uvel::host::standby::EndpointOwner {
   public:
     Side(const EndpointSettings &settings, uint64_t now) : endpoint(settings, *this, counters, now) {}
 

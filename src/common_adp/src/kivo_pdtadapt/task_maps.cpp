@@ -1,7 +1,7 @@
 /* Names of the host's tasks beside the virtual systems that they work for. */
 #include <uvelcommon_base/kivo_vsys.h>
 
-#include <stddef.h>
+#include <cstddef>
 
 static_assert(sizeof(KIVO_TASK_VSYS_S) == 36);
 static_assert(offsetof(KIVO_TASK_VSYS_S, ulVsysId) == 32);

@@ -25,6 +25,15 @@ struct RECORD_ARRAY_S {
     static const void *Item(PLACE place) { return place; }
     static bool IsSame(PLACE a, PLACE b) { return a == b; }
 
+    /* Brings the next probe's record into the cache, from either side of mid. After k probes an interval has count / 2^k
+     * records or one more, so the distance can be had without waiting for the comparisons' answers; it is one record off
+     * now and then, and never leads out of the interval. */
+    void Fetch(PLACE mid, PLACE, PLACE, size_t ulShortest) const {
+        const size_t ulSteps = (ulShortest + 2) / 4;
+        __builtin_prefetch(Above(mid, ulSteps));
+        __builtin_prefetch(Below(mid, ulSteps));
+    }
+
     /* Exact, since both numbers and the quotient are whole and below 2^32, and several times as fast as the division of
      * integers. */
     uint32_t Index(PLACE place) const {
@@ -63,6 +72,12 @@ struct INDEXED_ITEMS_S {
     static bool IsSame(PLACE a, PLACE b) { return a.ulIndex == b.ulIndex; }
     static uint32_t Index(PLACE place) { return static_cast<uint32_t>(place.ulIndex); }
 
+    /* Brings the next probe's item into the cache, whichever of the two it will be. */
+    static void Fetch(PLACE, PLACE above, PLACE below, size_t) {
+        __builtin_prefetch(above.pItem);
+        __builtin_prefetch(below.pItem);
+    }
+
     static PLACE Select(int32_t lOrder, PLACE above, PLACE below) {
 #if defined(__x86_64__)
         asm("testl %2, %2\n\tcmovns %3, %0\n\tcmovns %4, %1"
@@ -90,8 +105,8 @@ INDEXED_ITEMS_S(ITEM_AT) -> INDEXED_ITEMS_S<ITEM_AT>;
  * The probes are those of an interval [lo, hi) that begins as [0, count): the item at mid = (lo + hi) / 2 is compared;
  * a match ends the search, else hi = mid or lo = mid, and the search is over when mid stays the same. The interval is
  * kept as mid and its length: mid is lo + length / 2, and the length becomes length / 2 below mid and (length + 1) / 2
- * above it. So both possible next places are known, and on their way into the cache, while the comparison still runs,
- * and every place is one of the array whatever the comparison answers.
+ * above it. So both possible next places are known while the comparison still runs, and every place is one of the array
+ * whatever the comparison answers.
  *
  * Select takes the place above for a negative order (the item sorts before the key), else the one below. A predictor
  * guesses this wrong every other time, which costs more than all the rest of a probe. Compilers turn the plain
@@ -100,12 +115,13 @@ template <typename ARRAY, typename COMPARE>
 [[gnu::always_inline]] static inline SEARCH_END_S SortedSearch(const ARRAY &array, uint32_t ulCount, COMPARE pfCompare,
                                                                const void *pKey) {
     size_t ulLen = ulCount;
+    size_t ulShortest = ulCount; /* length of the shortest interval that there is after as many probes */
     auto mid = array.At(ulLen / 2);
     while (true) {
         const auto above = array.Above(mid, (ulLen + 1) / 4);
         const auto below = array.Below(mid, (ulLen + 2) / 4);
-        __builtin_prefetch(array.Item(above));
-        __builtin_prefetch(array.Item(below));
+        array.Fetch(mid, above, below, ulShortest);
+        ulShortest /= 2;
 
         const int32_t lOrder = pfCompare(array.Item(mid), pKey);
         if (lOrder == 0)

@@ -17,8 +17,9 @@
  * Ownership: the registry owns its nodes and lives as long as the process. Unregistering marks a node, which an equal
  * registration revives. A node is freed only when it is registered again with another priority; walks of the same task
  * survive that.
- * Threads: no lock. Register at start-up or from the one task that notifies the event; the exception is unregistering,
- * which any task may do. A node counts for one task: two that notify one event at a time may lose counts.
+ * Threads: no lock. Register at start-up or from the one task that notifies the event. Any task may unregister while
+ * nobody registers: a mark is all that it sets, and a walk of another task that runs the callback finishes it. A node
+ * counts for one task: two that notify one event at a time may lose counts.
  * Errors: 1 for an event number above 1999 and for a null callback; 1 when memory is short, the registry is then as it
  * was, except that a node that was to change its priority is gone. */
 #ifndef UVELCOMMON_BASE_UVEL_EVENT_CALLBACK_H

@@ -129,8 +129,16 @@ struct Receiver {
     std::atomic<uint64_t> messages{0};
     std::atomic<uint64_t> bytes{0};
     std::atomic<uint32_t> batches{0};
+    uint64_t digest = 0; /* of what came, in order */
     uvel::apps::MessageAssembler assembler;
 };
+
+/* The digest of a row of records, one after the other: each begins with its number. */
+uint64_t Digest(uint64_t before, const uint8_t *record) {
+    uint64_t number;
+    std::memcpy(&number, record, sizeof number);
+    return before * 0x9E3779B97F4A7C15U + number + 1;
+}
 
 void TakeMessage(void *context, uint32_t, uint8_t, YSB_SMBUF_S *smbuf, uint32_t length) {
     auto *receiver = static_cast<Receiver *>(context);
@@ -139,6 +147,7 @@ void TakeMessage(void *context, uint32_t, uint8_t, YSB_SMBUF_S *smbuf, uint32_t 
         return;
     CHI_MSG_INFO_S info{};
     (void)CHI_GetMsgInfo(CHI_BACK_YSB, message, &info);
+    receiver->digest = Digest(receiver->digest, static_cast<const uint8_t *>(CBUF_C2D(CHI_BACK_YSB, message)));
     receiver->bytes.store(receiver->bytes.load(std::memory_order_relaxed) + info.ulTotalLength,
                           std::memory_order_relaxed);
     receiver->messages.store(receiver->messages.load(std::memory_order_relaxed) + 1, std::memory_order_release);
@@ -208,7 +217,7 @@ Child StartReceiver(uint64_t expected, uint32_t batches) {
         Tell(to, state.ulPort);
         while (receiver.messages.load(std::memory_order_acquire) < expected || receiver.batches.load() < batches)
             std::this_thread::sleep_for(200us);
-        Tell(to, receiver.messages.load());
+        Tell(to, receiver.digest);
         char end;
         (void)!read(from, &end, 1); /* the parent closes when it has measured */
         YSB_Link_Close();
@@ -395,7 +404,7 @@ void Traffic(int rounds) {
     }
 }
 
-/* From the connection to the word that the peer has everything. */
+/* From opening the link to equal digests and the word that the peer has everything. */
 void Batches() {
     std::printf("| records of 128 bytes | seconds | records/s |\n|---|---|---|\n");
     for (const uint64_t records : {10'000, 31'623, 100'000, 316'228, 1'000'000}) {
@@ -405,16 +414,22 @@ void Batches() {
         YSB_LINK_CONFIG_S config = Config("a", "b", &own);
         config.pszPeer = peer.c_str();
         g_delivered = 0;
-        g_send_all = [=] {
-            const std::vector<uint8_t> payload(128, 0x5A);
-            for (uint64_t i = 0; i < records; ++i)
+        uint64_t digest = 0;
+        g_send_all = [=, &digest] {
+            std::vector<uint8_t> payload(128, 0x5A);
+            for (uint64_t i = 0; i < records; ++i) {
+                std::memcpy(payload.data(), &i, sizeof i);
+                digest = Digest(digest, payload.data());
                 SendMessage(128, payload.data());
+            }
         };
         const auto begin = Clock::now();
         OpenLink(config);
-        (void)receiver.Get<uint64_t>();
+        const auto of_peer = receiver.Get<uint64_t>();
         while (g_delivered.load() == 0)
             std::this_thread::sleep_for(100us);
+        if (of_peer != digest)
+            Fail("the digests differ");
         const double seconds = Seconds(Clock::now() - begin);
         YSB_Link_Close();
         receiver.End();

@@ -141,7 +141,8 @@ class Endpoint {
     bool shut_ = false;
     SendStream stream_;
     bool up_ = false;
-    bool gap_ = false; /* a message was refused for want of room: the owner must send everything again */
+    bool attached_ = false; /* the link's thread sends the stream, and holds on to its bytes */
+    bool gap_ = false;      /* a message was refused for want of room: the owner must send everything again */
     uint32_t batch_ = 0;
     uint64_t batch_end_ = 0; /* number of the mark that ends the batch; 0: not ended */
     bool delivered_ = false; /* the peer has all of the latest batch */
@@ -160,7 +161,6 @@ class Endpoint {
     FrameReader reader_;
     std::vector<uint8_t> control_; /* frames outside the stream */
     std::vector<uint8_t> sending_; /* of these, what Output gave */
-    bool sends_stream_ = false;
     bool acknowledge_ = false;
     bool heartbeat_ = false;
     uint64_t peer_stream_ = 0;

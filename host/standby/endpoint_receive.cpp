@@ -19,7 +19,7 @@ void Endpoint::Connected(uint64_t now) {
     reader_.Reset();
     control_.clear();
     sending_.clear();
-    sends_stream_ = acknowledge_ = heartbeat_ = false;
+    acknowledge_ = heartbeat_ = false;
     phase_ = Phase::AWAIT_HELLO;
     refused_ = Refusal::NONE;
     refused_by_peer_ = false;
@@ -45,12 +45,11 @@ void Endpoint::Connected(uint64_t now) {
 void Endpoint::Lost() {
     const bool was_up = phase_ == Phase::RUNNING;
     phase_ = Phase::AWAY;
-    sends_stream_ = false;
     reader_.Reset();
     Modules::Instance().End();
     {
         std::lock_guard lock(lock_);
-        up_ = false;
+        up_ = attached_ = false;
         room_.notify_all();
     }
     if (was_up) {
@@ -78,7 +77,7 @@ std::span<const uint8_t> Endpoint::Output() {
     if (phase_ == Phase::AWAY)
         return {};
     std::unique_lock lock(lock_);
-    if (sends_stream_ && phase_ == Phase::RUNNING) {
+    if (phase_ == Phase::RUNNING) {
         if (tell_role_)
             AppendFrame(control_, {0, FrameType::ROLE}, EncodeRole(OwnRole()));
         if (tell_versions_)
@@ -93,7 +92,7 @@ std::span<const uint8_t> Endpoint::Output() {
         control_.clear();
         return sending_;
     }
-    return sends_stream_ ? stream_.Unsent() : std::span<const uint8_t>{};
+    return attached_ ? stream_.Unsent() : std::span<const uint8_t>{};
 }
 
 void Endpoint::Written(uint64_t now) {
@@ -242,11 +241,11 @@ Endpoint::Step Endpoint::Agree(const Hello &hello) {
             return Step::CLOSE;
         }
         name = stream_.Name();
+        attached_ = true;
     }
     uint8_t body[8];
     Put(body, name);
     AppendFrame(control_, {0, FrameType::STREAM, 0, 0, first}, body);
-    sends_stream_ = true;
     phase_ = Phase::AWAIT_STREAM;
     Make(calls);
     return Step::GOOD;

@@ -63,9 +63,10 @@ Endpoint::Sending Endpoint::Check(const uint8_t *message, uint32_t length) {
     return Sending::ACCEPTED;
 }
 
-/* The peer is away and more has been sent than is kept: there is no going on from here, only from the beginning. */
+/* There is no room. While the peer is there, everything is sent again as soon as there is some. While it is away, there
+ * is no going on from here, only from the beginning. */
 void Endpoint::Overflow() {
-    if (up_) {
+    if (attached_) {
         gap_ = true;
         return;
     }
@@ -82,8 +83,8 @@ bool Endpoint::WaitForRoom(std::unique_lock<std::mutex> &lock, std::size_t bytes
     ++waiting_;
     if (patience == Patience::BATCH)
         room_.wait(lock, settled);
-    else if (patience == Patience::SHORT && up_)
-        room_.wait_until(lock, until, [&] { return settled() || !up_; });
+    else if (patience == Patience::SHORT && attached_)
+        room_.wait_until(lock, until, [&] { return settled() || !attached_; });
     --waiting_;
     /* A batch belongs to the stream it was asked for. */
     return !shut_ && stream_.IsOpen() && stream_.Fits(bytes) && (stream_.Name() == name || patience != Patience::BATCH);

@@ -97,13 +97,16 @@ std::unique_ptr<Link> Link::Open(const YSB_LINK_CONFIG_S &config, std::string &e
         error = std::strerror(errno);
         return nullptr;
     }
-    link->StateChanged();
-    link->thread_ = std::thread([raw = link.get()] {
-        t_patience = Endpoint::Patience::NONE;
-        raw->Run();
-    });
-    link->batch_thread_ = std::thread([raw = link.get()] { raw->RunBatches(); });
+    link->Publish();
     return link;
+}
+
+void Link::Start() {
+    thread_ = std::thread([this] {
+        t_patience = Endpoint::Patience::NONE;
+        Run();
+    });
+    batch_thread_ = std::thread([this] { RunBatches(); });
 }
 
 Link::Link(const YSB_LINK_CONFIG_S &config, EndpointSettings settings, std::unique_ptr<TlsContext> tls)
@@ -174,14 +177,16 @@ void Link::PeerBatch(bool begins) {
         CallBatchFinish();
 }
 
+void Link::Publish() {
+    std::lock_guard lock(state_lock_);
+    const YSB_LINK_STATE_S state = endpoint_.State();
+    active_.store(state.ulActive != 0, std::memory_order_relaxed);
+    connected_.store(state.ulConnected != 0, std::memory_order_relaxed);
+    FollowHa(state, config_.ulBoard, config_.ulPeerBoard);
+}
+
 void Link::StateChanged() {
-    {
-        std::lock_guard lock(state_lock_);
-        const YSB_LINK_STATE_S state = endpoint_.State();
-        active_.store(state.ulActive != 0, std::memory_order_relaxed);
-        connected_.store(state.ulConnected != 0, std::memory_order_relaxed);
-        FollowHa(state, config_.ulBoard, config_.ulPeerBoard);
-    }
+    Publish();
     if (config_.pfStateChanged != nullptr)
         config_.pfStateChanged(config_.pContext);
 }

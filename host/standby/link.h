@@ -18,6 +18,9 @@ class Link final : private EndpointOwner {
     static std::unique_ptr<Link> Open(const YSB_LINK_CONFIG_S &config, std::string &error);
     ~Link();
 
+    /* Starts the threads. From here on callbacks run: they must find the link where they look for it. */
+    void Start();
+
     Endpoint::Sending Send(uint32_t module, uint8_t cpu, Smbuf message, uint32_t length);
     bool BatchDone(uint32_t batch) { return endpoint_.BatchDone(batch); }
     bool StartBatch() { return endpoint_.StartBatch(); }
@@ -57,6 +60,8 @@ class Link final : private EndpointOwner {
     void PeerBatch(bool begins) override;
     void StateChanged() override;
     void Wake() override;
+
+    void Publish();
 
     /* The link's thread. */
     void Run();

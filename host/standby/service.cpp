@@ -114,8 +114,10 @@ uint32_t YSB_Link_Open(const YSB_LINK_CONFIG_S *pstConfig, char *pszError, uint3
             error = "no configuration";
         else if (g_link.load() != nullptr)
             error = "the link of this process is open already";
-        else if (std::unique_ptr<Link> link = Link::Open(*pstConfig, error))
+        else if (std::unique_ptr<Link> link = Link::Open(*pstConfig, error)) {
             g_link.store(link.release());
+            g_link.load()->Start();
+        }
     } catch (const std::exception &exception) {
         error = exception.what();
     }

@@ -134,8 +134,8 @@ const BIO_METHOD *TlsChannel::Method() {
     return method;
 }
 
-TlsChannel::TlsChannel(const TlsContext &context, int socket, bool server)
-    : socket_(socket), ssl_(SSL_new(context.Get())), in_(new uint8_t[READ_AT_ONCE]) {
+TlsChannel::TlsChannel(const TlsContext &context, int socket, bool server, uint64_t records_per_key)
+    : socket_(socket), records_per_key_(records_per_key), ssl_(SSL_new(context.Get())), in_(new uint8_t[READ_AT_ONCE]) {
     BIO *bio = BIO_new(Method());
     if (ssl_ == nullptr || bio == nullptr) {
         BIO_free(bio);
@@ -206,6 +206,12 @@ TlsChannel::Io TlsChannel::Read(std::span<uint8_t> room, std::size_t &got) {
 }
 
 bool TlsChannel::Write(std::span<const uint8_t> bytes) {
+    records_ += bytes.size() / SSL3_RT_MAX_PLAIN_LENGTH + 1;
+    if (records_ > records_per_key_) {
+        records_ = 0;
+        if (SSL_key_update(ssl_.get(), SSL_KEY_UPDATE_REQUESTED) != 1)
+            return false;
+    }
     std::size_t written = 0;
     return bytes.empty() || SSL_write_ex(ssl_.get(), bytes.data(), bytes.size(), &written) == 1;
 }

@@ -41,14 +41,17 @@ class TlsChannel {
   public:
     enum class Io { DONE, AGAIN, ENDED };
 
-    TlsChannel(const TlsContext &context, int socket, bool server);
+    static constexpr uint64_t RECORDS_PER_KEY = 1 << 22;
+
+    TlsChannel(const TlsContext &context, int socket, bool server, uint64_t records_per_key = RECORDS_PER_KEY);
     TlsChannel(const TlsChannel &) = delete; /* OpenSSL knows its address */
     TlsChannel &operator=(const TlsChannel &) = delete;
 
     Io Handshake();
     /* DONE with at least one byte; ENDED for an end and for a failure alike. */
     Io Read(std::span<uint8_t> room, std::size_t &got);
-    /* False when the connection has failed. */
+    /* False when the connection has failed. Asks for new keys on both sides long before the present ones have encrypted
+     * as much as they may: every so many records. */
     bool Write(std::span<const uint8_t> bytes);
     /* AGAIN while something is left. */
     Io Flush();
@@ -74,6 +77,8 @@ class TlsChannel {
     void Classify(unsigned long error);
 
     int socket_;
+    uint64_t records_ = 0; /* under the present key, at most */
+    uint64_t records_per_key_;
     std::unique_ptr<SSL, Free> ssl_;
     std::unique_ptr<uint8_t[]> in_; /* read from the socket, not yet by TLS */
     std::size_t in_begin_ = 0;

@@ -1,5 +1,6 @@
 #include "cable.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <thread>
 #include <uvelhost/ha.h>
@@ -249,6 +250,38 @@ TEST_F(Pair, ThatIsApartForTooLongBeginsAnew) {
     Settle(cable, a, b, NOW);
     EXPECT_TRUE(a.own == b.copy);
     EXPECT_EQ(2u, CountersOfA().ulNewStreams);
+}
+
+/* The introduction is sent and answered, the connection lives: what finds no room then must not end the stream. */
+TEST_F(Pair, ThatHasAgreedMakesUpForWhatFoundNoRoom) {
+    a.endpoint.Connected(NOW);
+    b.endpoint.Connected(NOW);
+    const auto carry = [](Side &from, Side &to) {
+        for (auto bytes = from.endpoint.Output(); !bytes.empty(); bytes = from.endpoint.Output()) {
+            const std::vector<uint8_t> copy(bytes.begin(), bytes.end());
+            from.endpoint.Written(NOW);
+            for (std::size_t at = 0; at < copy.size();) {
+                const auto room = to.endpoint.Room();
+                const std::size_t part = std::min(room.size(), copy.size() - at);
+                std::copy_n(copy.begin() + static_cast<std::ptrdiff_t>(at), part, room.begin());
+                at += part;
+                ASSERT_EQ(Endpoint::Step::GOOD, to.endpoint.Filled(part, NOW));
+            }
+        }
+        to.endpoint.Drained();
+    };
+    carry(b, a); /* A agrees now and sends; B has heard nothing yet */
+    for (uint32_t i = 0; i < 30; ++i)
+        (void)a.Set(i % 5, std::string(60000, static_cast<char>('a' + i)));
+    EXPECT_EQ(0u, CountersOfA().ulRefusedNoPeer);
+    EXPECT_GT(CountersOfA().ulRefusedWindow, 0u);
+    for (int i = 0; i < 10; ++i) {
+        carry(a, b);
+        carry(b, a);
+        a.Batch();
+        b.Batch();
+    }
+    EXPECT_TRUE(a.own == b.copy);
 }
 
 TEST_F(Pair, KeepsAnOvertakenBatchFromCountingAsDelivered) {

@@ -26,8 +26,8 @@
  * YSB_Link_BatchDone.
  *
  * Threads: pfBatch is called on a thread of its own, on which output waits for room in the window as long as the link
- * is open. All other callbacks are called on the link's thread, which they must not hold up; output from there does not
- * wait. On other threads output waits for ulSendWaitMs at most. A message that finds no room is refused and counted, and
+ * is open. pfStateChanged is called on any thread. All other callbacks are called on the link's thread, which they must
+ * not hold up; output from there does not wait. On other threads output waits for ulSendWaitMs at most. A message that finds no room is refused and counted, and
  * everything is asked for again when there is room: nothing is lost silently. YSB_Link_Open and YSB_Link_Close must not
  * be called from callbacks. */
 #ifndef UVELHOST_STANDBY_LINK_H

@@ -1,6 +1,6 @@
 // A device of a pair, for tests: a table of records that the active one changes and the standby one follows.
 //
-//     standby_node FOLDER NAME PEER-NAME LISTEN PEER [MTU]       "-" for no address
+//     standby_node FOLDER NAME PEER-NAME LISTEN PEER MTU TIMEOUT-MS      "-" for no address
 //
 // Commands on standard input, one answer line each:
 //
@@ -239,7 +239,7 @@ std::string Answer(const std::string &line) {
 } // namespace
 
 int main(int argc, char **argv) {
-    if (argc < 6)
+    if (argc < 8)
         return 2;
     prctl(PR_SET_PDEATHSIG, SIGKILL); /* nothing is left over when the test ends early */
     (void)UVEL_GlobalVarInit();
@@ -255,10 +255,10 @@ int main(int argc, char **argv) {
     config.pszKey = key.c_str();
     config.pszAuthority = authority.c_str();
     config.pszPeerName = argv[3];
-    config.ulMtu = argc > 6 ? static_cast<uint32_t>(std::stoul(argv[6])) : 0;
+    config.ulMtu = static_cast<uint32_t>(std::stoul(argv[6]));
+    config.ulTimeoutMs = static_cast<uint32_t>(std::stoul(argv[7]));
     config.ulHeartbeatMs = 100;
-    config.ulTimeoutMs = 600;
-    config.ulTakeoverMs = 900;
+    config.ulTakeoverMs = config.ulTimeoutMs * 3 / 2;
     config.ulRetryMinMs = 10;
     config.ulRetryMaxMs = 100;
     config.pfReceive = Receive;

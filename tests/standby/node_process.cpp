@@ -10,13 +10,14 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-bool NodeProcess::Start(const std::string &listen, const std::string &peer, uint32_t mtu) {
+bool NodeProcess::Start(const std::string &listen, const std::string &peer, uint32_t mtu, uint32_t timeout_ms) {
     Kill();
     int to[2];
     int from[2];
     if (pipe2(to, O_CLOEXEC) != 0 || pipe2(from, O_CLOEXEC) != 0)
         return false;
     const std::string mtu_text = std::to_string(mtu);
+    const std::string timeout_text = std::to_string(timeout_ms);
     pid_ = fork();
     if (pid_ == 0) {
         dup2(to[0], STDIN_FILENO);
@@ -24,7 +25,7 @@ bool NodeProcess::Start(const std::string &listen, const std::string &peer, uint
         if (std::getenv("UVEL_TEST_LOG") == nullptr)
             dup2(open("/dev/null", O_WRONLY), STDERR_FILENO);
         execl(STANDBY_NODE, STANDBY_NODE, folder_.c_str(), name_.c_str(), peer_name_.c_str(), listen.c_str(),
-              peer.c_str(), mtu_text.c_str(), static_cast<char *>(nullptr));
+              peer.c_str(), mtu_text.c_str(), timeout_text.c_str(), static_cast<char *>(nullptr));
         _exit(127);
     }
     close(to[0]);

@@ -15,7 +15,7 @@ class NodeProcess {
     NodeProcess &operator=(const NodeProcess &) = delete;
 
     /* Starts it; false, with what it said in FirstLine, when it did not open its link. */
-    bool Start(const std::string &listen, const std::string &peer, uint32_t mtu = 0);
+    bool Start(const std::string &listen, const std::string &peer, uint32_t mtu = 0, uint32_t timeout_ms = 600);
     void Kill();
     void Signal(int number) const;
     bool Runs() const { return pid_ > 0; }

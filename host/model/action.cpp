@@ -21,7 +21,7 @@ bool IsThere(uint32_t if_index) {
 
 /* Changes the administrative state; the object stays its feeder's. */
 uint32_t SetAdminDown(uint32_t if_index, uint32_t down) {
-    Batch *batch = MDL_Begin(0, t_user);
+    Batch *batch = MDL_Begin(SERVICES, t_user);
     if (batch == nullptr)
         return 1;
     const Node<MDL_IF_S> *node = batch->next->interfaces.GetNode(if_index);
@@ -29,11 +29,14 @@ uint32_t SetAdminDown(uint32_t if_index, uint32_t down) {
         MDL_Abort(batch);
         return 1;
     }
+    uint32_t mark = node->mark;
     MDL_IF_S interface = node->value;
     interface.ulAdminDown = down;
     batch->feeder = node->feeder;
-    batch->mark = node->mark;
+    std::swap(batch->mark, mark);
     MDL_PutIf(batch, &interface);
+    batch->feeder = SERVICES;
+    batch->mark = mark;
     return MDL_Commit(batch);
 }
 

@@ -18,6 +18,7 @@ std::list<Retired> &RetiredBlocks() {
     return *retired;
 }
 
+/* Of the feeders, the mark of their last mark and sweep. An open batch's feeder is there. */
 std::map<uint32_t, uint32_t> &Marks() {
     static auto *const marks = new std::map<uint32_t, uint32_t>;
     return *marks;
@@ -42,6 +43,7 @@ void Publish(Batch &batch, Retired &retired) {
     const Snapshot *old = g_published.snapshot.load(std::memory_order_relaxed);
     const uint64_t version = batch.next->version;
     retired.blocks = batch.draft.Publish();
+    Marks().find(batch.feeder)->second = batch.mark;
     if (old->version != 1) /* the first one is static */
         retired.snapshot.reset(old);
     g_published.snapshot.store(batch.next.release(), std::memory_order_seq_cst);
@@ -147,7 +149,7 @@ void MDL_Abort(MDL_BATCH *pstBatch) {
 }
 
 uint32_t MDL_MarkAll(MDL_BATCH *pstBatch) {
-    return Change(pstBatch, [&] { pstBatch->mark = ++Marks()[pstBatch->feeder]; });
+    return Change(pstBatch, [&] { pstBatch->mark = Marks()[pstBatch->feeder] + 1; });
 }
 
 uint32_t MDL_Sweep(MDL_BATCH *pstBatch) {

@@ -62,12 +62,29 @@ struct Before {
     bool changed;
 };
 
+/* What feeders look at in a node, packed so that giving a batch up can put it back. */
+template <typename T>
+void Stamp(void *node, const void *stamp) {
+    const auto bits = reinterpret_cast<uintptr_t>(stamp);
+    static_cast<Node<T> *>(node)->feeder = First(bits);
+    static_cast<Node<T> *>(node)->mark = Second(bits);
+}
+
+template <typename T>
+void MarkSeen(Batch &batch, const Node<T> *node) {
+    if (node->feeder == batch.feeder && node->mark == batch.mark)
+        return;
+    batch.draft.UndoBy(Stamp<T>, const_cast<Node<T> *>(node),
+                       reinterpret_cast<const void *>(Pair(node->feeder, node->mark)));
+    node->feeder = batch.feeder;
+    node->mark = batch.mark;
+}
+
 template <typename Key, typename T>
 Before<T> Put(Batch &batch, Table<Key, T> &table, const Key &key, const T &value) {
     const Node<T> *node = table.GetNode(key);
     if (node != nullptr && std::memcmp(&node->value, &value, sizeof value) == 0) {
-        node->feeder = batch.feeder;
-        node->mark = batch.mark;
+        MarkSeen(batch, node);
         return {&node->value, false};
     }
     table.Set(batch.draft, key, value, batch.feeder, batch.mark);

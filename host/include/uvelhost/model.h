@@ -62,7 +62,9 @@
 
 #define MDL_AUTO 0xFFFFFFFEU /* as an index: the one it has, a new object gets the lowest free one */
 #define MDL_NO_VLAN 0xFFFFU  /* as a VLAN: none */
-#define MDL_FEEDER_ANY 0U    /* a feeder without a name; its objects can be swept like others */
+/* Feeders of this host; other numbers are free. */
+#define MDL_FEEDER_KERNEL 1U
+#define MDL_FEEDER_SCENARIO 2U
 
 typedef struct MDL_BATCH MDL_BATCH;
 

@@ -1,0 +1,23 @@
+/* The module's requests: one text line each, answered by one line.
+ *
+ *     logon MAC NAME IFINDEX VLAN [IPV4|-] [IPV6|-]    ok | error REASON
+ *     logoff MAC                                       ok | error REASON
+ *     show MAC                                         session ... | error REASON
+ *     digest                                           digest COUNT SUM
+ *
+ * MAC addresses as 021a-2b3c-4d5e; VLAN 0 for none. */
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "sessions.h"
+
+namespace session_table {
+
+constexpr size_t MAX_LINE_BYTES = 512;
+
+/* The answer to a line, without its end. `now` is the start time of a session that logs on. */
+std::string Answer(Sessions *sessions, std::string_view line, uint32_t now);
+
+} // namespace session_table

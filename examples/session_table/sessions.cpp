@@ -1,0 +1,110 @@
+#include "sessions.h"
+
+#include <cstring>
+#include <uvelcommon_base/kivo_if_query.h>
+#include <uvelcommon_base/kivo_l2_query.h>
+
+namespace session_table {
+
+/* Empty, or why this session must not be. */
+std::string Sessions::Check(const Session &session) const {
+    const auto *name = reinterpret_cast<const uint8_t *>(session.name);
+    const size_t length = std::strlen(session.name);
+    if (length == 0 || length > settings_.name_max)
+        return "the user name must have 1 to " + std::to_string(settings_.name_max) + " characters";
+    if (SRV_CheckValidCharFlat(name, static_cast<uint32_t>(length), settings_.name_class) != KIVO_OK)
+        return "the user name has a character that is not allowed";
+    if (KIVO_IF_IsValidIfIndex(session.ifindex) == 0 || KIVO_IF_GetIfByIndex(session.ifindex) == nullptr)
+        return "there is no such interface";
+    if (KIVO_IF_IsLineStateUp(session.ifindex) != 1)
+        return "the interface is down";
+    if (settings_.vlan_check) {
+        uint32_t port = 0;
+        if (L2IF_SH_PORT_GetIndexByIfIndex(session.ifindex, &port) != KIVO_OK ||
+            KIVO_Adapt_PortIsInCfgVlan(port, session.vlan) != 1)
+            return "the interface is not in that VLAN";
+    }
+    return {};
+}
+
+void Sessions::Tell(Change change, const Session &session) const {
+    if (listener_)
+        listener_(change, session);
+}
+
+std::string Sessions::LogOn(const Session &session) {
+    std::string reason = Check(session);
+    if (!reason.empty())
+        return reason;
+    const std::lock_guard lock(lock_);
+    switch (store_.Add(session)) {
+    case Store::Result::OK:
+        Tell(Change::ADDED, session);
+        return {};
+    case Store::Result::PRESENT:
+        return "there is a session of this MAC address";
+    case Store::Result::FULL:
+        return "there are " + std::to_string(settings_.max_sessions) + " sessions, more are not allowed";
+    case Store::Result::NO_MEMORY:
+        break;
+    }
+    return "memory is short";
+}
+
+std::string Sessions::LogOff(const Mac &mac) {
+    const std::lock_guard lock(lock_);
+    Session removed;
+    if (!store_.Remove(mac, &removed))
+        return "there is no session of this MAC address";
+    Tell(Change::REMOVED, removed);
+    return {};
+}
+
+uint32_t Sessions::End(uint32_t ifindex, uint32_t vlan) {
+    const std::lock_guard lock(lock_);
+    const std::vector<Session> ended = store_.RemoveOnInterface(ifindex, vlan);
+    for (const Session &session : ended)
+        Tell(Change::REMOVED, session);
+    return static_cast<uint32_t>(ended.size());
+}
+
+bool Sessions::Find(const Mac &mac, Session *session) const {
+    const std::lock_guard lock(lock_);
+    const Session *found = store_.Find(mac);
+    if (found != nullptr)
+        *session = *found;
+    return found != nullptr;
+}
+
+Digest Sessions::GetDigest() const {
+    const std::lock_guard lock(lock_);
+    return store_.GetDigest();
+}
+
+void Sessions::Apply(Change change, const Session &session) {
+    const std::lock_guard lock(lock_);
+    if (change == Change::ADDED)
+        (void)store_.Put(session);
+    else
+        (void)store_.Remove(session.mac, nullptr);
+}
+
+void Sessions::BeginBatch() {
+    const std::lock_guard lock(lock_);
+    store_.MarkAll();
+}
+
+uint32_t Sessions::EndOfBatch() {
+    const std::lock_guard lock(lock_);
+    return static_cast<uint32_t>(store_.RemoveMarked().size());
+}
+
+void Sessions::ForAll(const std::function<void(const Session &)> &send) const {
+    for (uint32_t bucket = 0; bucket < Store::BucketCount(); ++bucket) {
+        const std::lock_guard lock(lock_);
+        for (const Session &session : store_.InBucket(bucket))
+            send(session);
+    }
+}
+
+} // namespace session_table

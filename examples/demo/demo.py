@@ -218,12 +218,14 @@ class OnePlace:
 
     names = [None, None]
     takes_down = "a step of the scenario"
-    PORT_DOWN_AFTER = 20
+
+    def __init__(self, sessions):
+        self.port_down_after = 4 + sessions // 10_000  # seconds; all users have logged on by then
 
     def open(self, folder):
         interfaces = "\n".join(f"    - {{index: {10 + port}, name: port{port}, state: up}}" for port in range(1, PORTS + 1))
         device = f"device:\n  name: edge\n  interfaces:\n{interfaces}\n"
-        step = f"steps:\n  - at: {self.PORT_DOWN_AFTER}s\n    put: {{interfaces: [{{index: 11, state: down}}]}}\n"
+        step = f"steps:\n  - at: {self.port_down_after}s\n    put: {{interfaces: [{{index: 11, state: down}}]}}\n"
         (folder / "master.yaml").write_text(device + step)
         (folder / "standby.yaml").write_text(device)
 
@@ -374,7 +376,7 @@ def main():
     def interrupted(*_):
         raise KeyboardInterrupt
     signal.signal(signal.SIGTERM, interrupted)
-    place = OnePlace() if arguments.scenario else Namespaces()
+    place = OnePlace(arguments.sessions) if arguments.scenario else Namespaces()
     folder = pathlib.Path(tempfile.mkdtemp(prefix="uvel-demo-"))
     try:
         place.open(folder)

@@ -80,15 +80,11 @@ void Connection::Add(std::unique_ptr<Subscription> subscription) {
 }
 
 void Connection::TakeNew() {
-    std::list<std::unique_ptr<Subscription>> taken;
     {
         std::lock_guard lock(mutex_);
-        taken.swap(new_);
+        subscriptions_.splice(subscriptions_.end(), new_);
     }
-    while (!taken.empty()) {
-        subscriptions_.splice(subscriptions_.end(), taken, taken.begin());
-        Begin(*subscriptions_.back());
-    }
+    OnNewSubscriptions();
 }
 
 bool Connection::Handle() {

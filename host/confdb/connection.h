@@ -44,7 +44,7 @@ class Timer {
 };
 
 /* Everything happens inside Handle, on the thread that calls it; only Add may be called by others meanwhile. A kind of
- * database derives from it, says what to do for a new subscription and for its own descriptors, and reports what is
+ * database derives from it, says what to do for new subscriptions and for its own descriptors, and reports what is
  * wrong, once for each outage. */
 class Connection {
   public:
@@ -63,7 +63,8 @@ class Connection {
     bool Handle();
 
   protected:
-    virtual void Begin(Subscription &subscription) = 0;
+    /* Some were added at the end. A failure after this is also to begin with those that were not begun with. */
+    virtual void OnNewSubscriptions() = 0;
     virtual void OnReady(int descriptor, uint32_t events) = 0;
 
     /* Something could not be done for want of memory and the like: everything is to be read again, after a pause. */

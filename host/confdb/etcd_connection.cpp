@@ -22,12 +22,20 @@ EtcdConnection::~EtcdConnection() {
     http_.Stop(question_);
 }
 
-void EtcdConnection::Begin(Subscription &subscription) {
-    streams_.push_back(std::make_unique<EtcdStream>(subscription, endpoint_, http_));
+void EtcdConnection::MakeStreams() {
+    auto subscription = std::next(Subscriptions().begin(), static_cast<std::ptrdiff_t>(streams_.size()));
+    for (; subscription != Subscriptions().end(); ++subscription)
+        streams_.push_back(std::make_unique<EtcdStream>(**subscription, endpoint_, http_));
+}
+
+void EtcdConnection::OnNewSubscriptions() {
+    const std::size_t old = streams_.size();
+    MakeStreams();
     if (is_pausing_)
         return;
-    streams_.back()->Start(Node());
-    if (streams_.size() == 1)
+    for (std::size_t i = old; i < streams_.size(); ++i)
+        streams_[i]->Start(Node());
+    if (old == 0)
         ask_.Start(0ms);
 }
 
@@ -45,6 +53,7 @@ void EtcdConnection::StartStreams() {
     retry_.Stop();
     is_pausing_ = false;
     answers_ = 0;
+    MakeStreams();
     for (auto &stream : streams_)
         stream->Start(Node());
     ask_.Start(0ms);

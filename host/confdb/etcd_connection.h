@@ -19,11 +19,12 @@ class EtcdConnection : public Connection {
     ~EtcdConnection() override;
 
   private:
-    void Begin(Subscription &subscription) override;
+    void OnNewSubscriptions() override;
     void OnReady(int descriptor, uint32_t events) override;
     void OnFailure(const std::string &reason) override;
 
     const std::string &Node() const { return endpoint_.urls[node_]; }
+    void MakeStreams();
     void StartStreams();
     void AskNode();
     void TakeAnswers();
@@ -34,7 +35,7 @@ class EtcdConnection : public Connection {
     Timer retry_;
     Timer ask_;
     HttpRequest question_;
-    std::vector<std::unique_ptr<EtcdStream>> streams_;
+    std::vector<std::unique_ptr<EtcdStream>> streams_; /* in the order of their subscriptions */
     std::size_t node_ = 0;
     unsigned answers_ = 0;            /* to questions since the streams were started */
     std::chrono::milliseconds pause_; /* before the next attempt */

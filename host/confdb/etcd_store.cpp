@@ -63,6 +63,8 @@ std::optional<uint64_t> EtcdStore::Write(const Name &name, std::optional<std::st
             const auto reply = etcd::ReadWrite(AskNode("/v3/kv/txn", body));
             if (reply.is_done)
                 return reply.revision;
+        } catch (const NotSent &) {
+            UseNextNode(deadline);
         } catch (const StoreError &) {
             doubtful = revision;
             UseNextNode(deadline);

@@ -101,6 +101,8 @@ void HttpRequest::Judge(CURLcode code) const {
         url_.substr(0, url_.find("/v3/")) + ": " + (error_[0] == '\0' ? curl_easy_strerror(code) : error_);
     if (code == CURLE_PEER_FAILED_VERIFICATION || code == CURLE_SSL_CERTPROBLEM || code == CURLE_SSL_CACERT_BADFILE)
         throw TrustError(text);
+    if (code == CURLE_COULDNT_RESOLVE_HOST || code == CURLE_COULDNT_CONNECT)
+        throw NotSent(text);
     throw StoreError(text);
 }
 

@@ -13,9 +13,14 @@
 
 namespace uvel::host::confdb {
 
-/* Certificates do not fit: a matter of configuration, which no other attempt will change. */
-class TrustError : public StoreError {
+/* The request cannot have reached the server. */
+class NotSent : public StoreError {
     using StoreError::StoreError;
+};
+
+/* Certificates do not fit: a matter of configuration, which no other attempt will change. */
+class TrustError : public NotSent {
+    using NotSent::NotSent;
 };
 
 /* A POST to etcd and what has arrived of the answer. Can be used again when it is done. */

@@ -29,7 +29,7 @@ void SqliteConnection::Open(SqliteDatabase::WhenBusy when_busy) {
     Events().Watch(wake_up_->Get(), EPOLLIN);
 }
 
-void SqliteConnection::Begin(Subscription &) {
+void SqliteConnection::OnNewSubscriptions() {
     timer_.Start(0ms);
 }
 

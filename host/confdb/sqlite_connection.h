@@ -15,7 +15,7 @@ class SqliteConnection : public Connection {
     SqliteConnection(const SqliteEndpoint &endpoint, const std::string &client);
 
   private:
-    void Begin(Subscription &subscription) override;
+    void OnNewSubscriptions() override;
     void OnReady(int descriptor, uint32_t events) override;
     void OnFailure(const std::string &reason) override;
 

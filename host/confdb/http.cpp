@@ -97,8 +97,10 @@ std::size_t HttpRequest::Receive(char *bytes, std::size_t size, std::size_t coun
 void HttpRequest::Judge(CURLcode code) const {
     if (code == CURLE_OK)
         return;
+    /* These say how many milliseconds it took, which makes the same reason look like another one. */
+    const bool has_time = code == CURLE_COULDNT_CONNECT || code == CURLE_OPERATION_TIMEDOUT;
     const std::string text =
-        url_.substr(0, url_.find("/v3/")) + ": " + (error_[0] == '\0' ? curl_easy_strerror(code) : error_);
+        url_.substr(0, url_.find("/v3/")) + ": " + (has_time || error_[0] == '\0' ? curl_easy_strerror(code) : error_);
     if (code == CURLE_PEER_FAILED_VERIFICATION || code == CURLE_SSL_CERTPROBLEM || code == CURLE_SSL_CACERT_BADFILE)
         throw TrustError(text);
     if (code == CURLE_COULDNT_RESOLVE_HOST || code == CURLE_COULDNT_CONNECT)

@@ -67,7 +67,10 @@ TEST_F(ConfdbEtcd, OneOfThreeNodesIsDeadFromTheStart) {
 
 TEST_F(ConfdbEtcd, TheWriterGoesOnWhenItsNodeIsKilled) {
     Etcd etcd(3);
+    Store(etcd.Endpoint()).Put("t", "k", "0");
     Watch watch(etcd.Endpoint({1, 2}), "t");
+    ASSERT_TRUE(watch.UntilValue("t/k", "0"));
+    watch.events.clear();
     std::thread writer = Count(etcd.Endpoint(), 100, 2ms);
     EXPECT_TRUE(watch.Until([&] { return watch.events.size() > 20; }));
     etcd.Kill(0);

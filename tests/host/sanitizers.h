@@ -12,3 +12,15 @@ inline constexpr bool UNDER_SANITIZER = false;
 #else
 inline constexpr bool UNDER_SANITIZER = false;
 #endif
+
+#if defined(__SANITIZE_THREAD__)
+inline constexpr bool UNDER_THREAD_SANITIZER = true;
+#elif defined(__has_feature)
+#if __has_feature(thread_sanitizer)
+inline constexpr bool UNDER_THREAD_SANITIZER = true;
+#else
+inline constexpr bool UNDER_THREAD_SANITIZER = false;
+#endif
+#else
+inline constexpr bool UNDER_THREAD_SANITIZER = false;
+#endif

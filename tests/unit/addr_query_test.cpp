@@ -228,20 +228,24 @@ TEST(VrfOfInterface, IsZeroForASwitchPortAndAnInvalidIndexWithoutARead) {
     EXPECT_EQ(1u, kit::Op<BDS_IfnetIsSwitchPort>().Calls()) << "for the valid index alone";
 }
 
-class Ipv6VrfOfInterface : public testing::TestWithParam<uint32_t (*)(uint32_t)> {};
+using VrfQuery = Named<uint32_t(uint32_t)>;
+
+class Ipv6VrfOfInterface : public testing::TestWithParam<VrfQuery> {};
 
 TEST_P(Ipv6VrfOfInterface, IsReadOrNone) {
     for (const uint32_t vrf : {0u, 42u}) {
         Answers<BDS_IfnetGetIpv6VrfIndexByIfIndex>(vrf);
-        EXPECT_EQ(vrf, GetParam()(5));
+        EXPECT_EQ(vrf, GetParam().call(5));
         EXPECT_EQ(5u, std::get<0>(kit::Op<BDS_IfnetGetIpv6VrfIndexByIfIndex>().Last()));
     }
     FailsWriting<BDS_IfnetGetIpv6VrfIndexByIfIndex>(42);
-    EXPECT_EQ(0xFFFFFFFFu, GetParam()(5));
+    EXPECT_EQ(0xFFFFFFFFu, GetParam().call(5));
 }
 
 INSTANTIATE_TEST_SUITE_P(BothNames, Ipv6VrfOfInterface,
-                         testing::Values(KIVO_IF_GetIpV6VrfIndexByIfIndex, KIVO_Adapt_GetIpv6VrfIndexByIfIndex));
+                         testing::Values(VrfQuery{"KIVO_IF_GetIpV6VrfIndexByIfIndex", KIVO_IF_GetIpV6VrfIndexByIfIndex},
+                                         VrfQuery{"KIVO_Adapt_GetIpv6VrfIndexByIfIndex",
+                                                  KIVO_Adapt_GetIpv6VrfIndexByIfIndex}));
 
 TEST(VpnOfInterface, IsSetByTheIpv4VrfAlone) {
     Answers<BDS_IfnetGetVrfIndexByIfIndex>(42);

@@ -7,18 +7,22 @@ namespace {
 
 /* ---- this board ---- */
 
-class SelfBoard : public testing::TestWithParam<uint32_t (*)()> {};
+using BoardQuery = Named<uint32_t()>;
+
+class SelfBoard : public testing::TestWithParam<BoardQuery> {};
 
 TEST_P(SelfBoard, IsReadEachTimeOrZero) {
     for (const uint32_t board : {0u, 9u, 0x80000001u}) {
         Answers<DEVM_DB_GetSelfBoardId>(board);
-        EXPECT_EQ(board, GetParam()());
+        EXPECT_EQ(board, GetParam().call());
     }
     FailsWriting<DEVM_DB_GetSelfBoardId>(9);
-    EXPECT_EQ(0u, GetParam()());
+    EXPECT_EQ(0u, GetParam().call());
 }
 
-INSTANTIATE_TEST_SUITE_P(BothNames, SelfBoard, testing::Values(NacUtilGetSelfBoardID, KIVO_Adapt_GetSelfBoardId));
+INSTANTIATE_TEST_SUITE_P(BothNames, SelfBoard,
+                         testing::Values(BoardQuery{"NacUtilGetSelfBoardID", NacUtilGetSelfBoardID},
+                                         BoardQuery{"KIVO_Adapt_GetSelfBoardId", KIVO_Adapt_GetSelfBoardId}));
 
 template <auto Read>
 void ExpectKept(uint32_t (*query)()) {
@@ -144,33 +148,36 @@ TEST(MainBoardRange, GivesTheFirstFailure) {
     EXPECT_EQ(10u, highest);
 }
 
-struct RoleIp {
-    uint32_t (*query)(uint32_t *);
-    bool master;
-};
+using AddressQuery = Named<uint32_t(uint32_t *)>;
 
-class BoardIp : public testing::TestWithParam<RoleIp> {};
+class BoardIp : public testing::TestWithParam<std::tuple<bool, AddressQuery>> {};
 
 TEST_P(BoardIp, IsThatOfTheMainProcessorOfTheBoardInTheLowHalf) {
-    kit::Op<HA_GetMasterBoardID>().Returns(GetParam().master ? 0xABCD1234 : 0xFFFFFFFF);
-    kit::Op<HA_GetSlaveBoardID>().Returns(GetParam().master ? 0xFFFFFFFF : 0xABCD1234);
+    const auto [master, query] = GetParam();
+    kit::Op<HA_GetMasterBoardID>().Returns(master ? 0xABCD1234 : 0xFFFFFFFF);
+    kit::Op<HA_GetSlaveBoardID>().Returns(master ? 0xFFFFFFFF : 0xABCD1234);
     Answers<DEVM_DB_GetIpBySlotAndCpu>(0x7F000001);
     uint32_t address = 0;
-    EXPECT_EQ(0u, GetParam().query(&address));
+    EXPECT_EQ(0u, query.call(&address));
     EXPECT_EQ(0x7F000001u, address);
     const auto [slot, cpu, out] = kit::Op<DEVM_DB_GetIpBySlotAndCpu>().Last();
     EXPECT_EQ(0x1234u, slot);
     EXPECT_EQ(0u, cpu);
     EXPECT_EQ(&address, out);
     kit::Op<DEVM_DB_GetIpBySlotAndCpu>().Returns(4);
-    EXPECT_EQ(4u, GetParam().query(&address));
+    EXPECT_EQ(4u, query.call(&address));
 }
 
-INSTANTIATE_TEST_SUITE_P(Roles, BoardIp,
-                         testing::Values(RoleIp{UVEL_GetMasterMainBoardIp, true},
-                                         RoleIp{UVEL_DevGetMasterMainBoardIp, true},
-                                         RoleIp{UVEL_GetBackUpMainBoardIp, false},
-                                         RoleIp{UVEL_DevGetBackUpMainBoardIp, false}));
+INSTANTIATE_TEST_SUITE_P(
+    Master, BoardIp,
+    testing::Combine(testing::Values(true),
+                     testing::Values(AddressQuery{"UVEL_GetMasterMainBoardIp", UVEL_GetMasterMainBoardIp},
+                                     AddressQuery{"UVEL_DevGetMasterMainBoardIp", UVEL_DevGetMasterMainBoardIp})));
+INSTANTIATE_TEST_SUITE_P(
+    Standby, BoardIp,
+    testing::Combine(testing::Values(false),
+                     testing::Values(AddressQuery{"UVEL_GetBackUpMainBoardIp", UVEL_GetBackUpMainBoardIp},
+                                     AddressQuery{"UVEL_DevGetBackUpMainBoardIp", UVEL_DevGetBackUpMainBoardIp})));
 
 /* ---- roles ---- */
 

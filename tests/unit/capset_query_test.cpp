@@ -73,6 +73,8 @@ TEST(Specification, WithoutAPlaceForTheValueLosesIt) {
 struct Feature {
     uint32_t (*query)();
     const char *item;
+
+    friend void PrintTo(const Feature &feature, std::ostream *out) { *out << feature.item; }
 };
 
 class FeatureTest : public testing::TestWithParam<Feature> {};

@@ -4,6 +4,8 @@
 
 #include "kit.h"
 
+#include <ostream>
+
 /* Read writes `value` whatever it is asked and gives `result`; with a failure the value must not be believed. */
 template <auto Read>
 void Writes(uint64_t value, uint32_t result) {
@@ -23,5 +25,14 @@ template <auto Read>
 void FailsWriting(uint64_t value, uint32_t result = 1) {
     Writes<Read>(value, result);
 }
+
+/* A function under its name, as the value of a parameterised test. */
+template <typename Function>
+struct Named {
+    const char *name;
+    Function *call;
+
+    friend void PrintTo(const Named &named, std::ostream *out) { *out << named.name; }
+};
 
 #endif

@@ -230,7 +230,9 @@ TEST(States, AreUpForTheStateOneOnly) {
 
 /* ---- place ---- */
 
-class Slot : public testing::TestWithParam<uint32_t (*)(uint32_t, uint32_t *)> {
+using SlotQuery = Named<uint32_t(uint32_t, uint32_t *)>;
+
+class Slot : public testing::TestWithParam<SlotQuery> {
   protected:
     void SetUp() override {
         KIVO_SetKivoCommonSpec(4, 250);
@@ -243,17 +245,17 @@ class Slot : public testing::TestWithParam<uint32_t (*)(uint32_t, uint32_t *)> {
 TEST_P(Slot, OfAnInvalidIndexIsNotAskedFor) {
     Answers<BDS_IfnetGetSlotByIfIndex>(3U);
     for (const uint32_t index : INVALID) {
-        EXPECT_EQ(1u, GetParam()(index, &slot_));
+        EXPECT_EQ(1u, GetParam().call(index, &slot_));
         EXPECT_EQ(77u, slot_);
     }
-    EXPECT_EQ(1u, GetParam()(5, nullptr));
+    EXPECT_EQ(1u, GetParam().call(5, nullptr));
     EXPECT_EQ(0u, kit::Op<BDS_IfnetGetSlotByIfIndex>().Calls());
 }
 
 TEST_P(Slot, IsTheHostsWhereItNamesOne) {
     for (const uint32_t slot : {0u, 3u, 0xFFFFFFFEu}) {
         Answers<BDS_IfnetGetSlotByIfIndex>(slot);
-        EXPECT_EQ(0u, GetParam()(5, &slot_));
+        EXPECT_EQ(0u, GetParam().call(5, &slot_));
         EXPECT_EQ(slot, slot_);
     }
     EXPECT_EQ(5u, std::get<0>(kit::Op<BDS_IfnetGetSlotByIfIndex>().Last()));
@@ -263,12 +265,12 @@ TEST_P(Slot, IsTheHostsWhereItNamesOne) {
 TEST_P(Slot, OfATrunkIsTheOneReservedForTrunks) {
     kit::Op<Trunk_IF_IsTrunk>().Returns(1);
     kit::Op<BDS_IfnetGetSlotByIfIndex>().Returns(1);
-    EXPECT_EQ(0u, GetParam()(5, &slot_));
+    EXPECT_EQ(0u, GetParam().call(5, &slot_));
     EXPECT_EQ(250u, slot_);
     EXPECT_EQ(5u, std::get<0>(kit::Op<Trunk_IF_IsTrunk>().Last()));
     Answers<BDS_IfnetGetSlotByIfIndex>(0xFFFFFFFFU);
     KIVO_SetKivoCommonSpec(4, 251);
-    EXPECT_EQ(0u, GetParam()(5, &slot_));
+    EXPECT_EQ(0u, GetParam().call(5, &slot_));
     EXPECT_EQ(251u, slot_);
 }
 
@@ -276,16 +278,18 @@ TEST_P(Slot, IsMissingForAnythingElse) {
     for (const uint32_t answer : {0u, 2u}) {
         kit::Op<Trunk_IF_IsTrunk>().Returns(answer);
         FailsWriting<BDS_IfnetGetSlotByIfIndex>(9);
-        EXPECT_EQ(1u, GetParam()(5, &slot_));
+        EXPECT_EQ(1u, GetParam().call(5, &slot_));
         EXPECT_EQ(0u, slot_);
         slot_ = 77;
         Answers<BDS_IfnetGetSlotByIfIndex>(0xFFFFFFFFU);
-        EXPECT_EQ(1u, GetParam()(5, &slot_));
+        EXPECT_EQ(1u, GetParam().call(5, &slot_));
         EXPECT_EQ(0u, slot_);
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(BothNames, Slot, testing::Values(IFPDT_GetSlotByIfIndex, KIVO_IFPDT_GetSlotByIfIndex));
+INSTANTIATE_TEST_SUITE_P(BothNames, Slot,
+                         testing::Values(SlotQuery{"IFPDT_GetSlotByIfIndex", IFPDT_GetSlotByIfIndex},
+                                         SlotQuery{"KIVO_IFPDT_GetSlotByIfIndex", KIVO_IFPDT_GetSlotByIfIndex}));
 
 TEST(ProductPortIndex, HoldsSlotCardAndPort) {
     EXPECT_EQ(5u, KIVO_IFPDT_GetSlotByPdtIndex(0x00056045));

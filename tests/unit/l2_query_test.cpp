@@ -36,22 +36,26 @@ TEST(InterfaceOfVlan, OfTheLayer2DatabaseIsReadOrNone) {
     EXPECT_EQ(0xFFFFFFFFu, UVEL_L2IF_GetIfIndexByVlanId(1));
 }
 
-class VlanOfInterface : public testing::TestWithParam<uint32_t (*)(uint32_t)> {};
+using VlanQuery = Named<uint32_t(uint32_t)>;
+
+class VlanOfInterface : public testing::TestWithParam<VlanQuery> {};
 
 TEST_P(VlanOfInterface, IsReadOr65535) {
     for (const uint32_t vlan : {0u, 1u, 4095u, 65534u}) {
         Answers<BDS_IfnetGetVlanIdByIfIndex>(vlan);
-        EXPECT_EQ(vlan, GetParam()(0x81020304));
+        EXPECT_EQ(vlan, GetParam().call(0x81020304));
         EXPECT_EQ(0x81020304u, std::get<0>(kit::Op<BDS_IfnetGetVlanIdByIfIndex>().Last()));
     }
     for (const uint32_t result : {1u, 0xFFFFFFFFu}) {
         FailsWriting<BDS_IfnetGetVlanIdByIfIndex>(12, result);
-        EXPECT_EQ(65535u, GetParam()(5));
+        EXPECT_EQ(65535u, GetParam().call(5));
     }
 }
 
 INSTANTIATE_TEST_SUITE_P(BothNames, VlanOfInterface,
-                         testing::Values(KIVO_IF_GetVlanIdByIfIndex, KIVO_Adapt_IF_GetVlanIdByIfIndex));
+                         testing::Values(VlanQuery{"KIVO_IF_GetVlanIdByIfIndex", KIVO_IF_GetVlanIdByIfIndex},
+                                         VlanQuery{"KIVO_Adapt_IF_GetVlanIdByIfIndex",
+                                                   KIVO_Adapt_IF_GetVlanIdByIfIndex}));
 
 TEST(IdOfInterface, IsTheLowHalfWhateverTheStatus) {
     for (const uint32_t result : {0u, 1u}) {

@@ -13,6 +13,7 @@
 //     counter NAME               a number
 //     role NUMBER | quit
 
+#include <atomic>
 #include <chrono>
 #include <csignal>
 #include <cstdio>
@@ -45,7 +46,7 @@ std::mutex g_lock;
 Table g_table;
 Table g_fresh;
 bool g_batching = false;
-unsigned g_broken = 0; /* payloads that are not what was sent */
+std::atomic<unsigned> g_broken{0}; /* payloads that are not what was sent */
 uvel::apps::MessageAssembler g_assembler;
 
 uint8_t ByteOf(uint32_t key, const Record &record, uint32_t at) {

@@ -9,6 +9,7 @@ namespace uvelctl {
 
 void AddShow(CLI::App *app, const Options *options);
 void AddWatch(CLI::App *app, const Options *options);
+void AddCapset(CLI::App *app, const Options *options);
 void AddConfdb(CLI::App *app, const Options *options);
 void AddKeys(CLI::App *app, const Options *options);
 

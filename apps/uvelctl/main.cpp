@@ -16,6 +16,7 @@ int main(int argc, char **argv) {
     app.fallthrough();
     uvelctl::AddShow(&app, &options);
     uvelctl::AddWatch(&app, &options);
+    uvelctl::AddCapset(&app, &options);
     uvelctl::AddConfdb(&app, &options);
     uvelctl::AddKeys(&app, &options);
     try {

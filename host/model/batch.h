@@ -82,6 +82,7 @@ void MarkSeen(Batch &batch, const Node<T> *node) {
 
 template <typename Key, typename T>
 Before<T> Put(Batch &batch, Table<Key, T> &table, const Key &key, const T &value) {
+    static_assert(std::has_unique_object_representations_v<T>, "equal records are equal byte by byte");
     const Node<T> *node = table.GetNode(key);
     if (node != nullptr && std::memcmp(&node->value, &value, sizeof value) == 0) {
         MarkSeen(batch, node);

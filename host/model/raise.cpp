@@ -22,10 +22,15 @@ std::unique_ptr<Notices> Single(const MDL_EVENT_S &event) noexcept {
     }
 }
 
+/* Who registers after the end of the recovery hears of it too: that one is delivered even when nobody listens yet. */
+bool IsHeard(const MDL_EVENT_S &event) {
+    return event.ulTopic != MDL_TOPIC_CFM_OVER || StartNotifying();
+}
+
 } // namespace
 
 uint32_t MDL_Raise(MDL_BATCH *pstBatch, const MDL_EVENT_S *pstEvent) {
-    if (pstEvent == nullptr || !IsWhole(*pstEvent))
+    if (pstEvent == nullptr || !IsWhole(*pstEvent) || !IsHeard(*pstEvent))
         return 1;
     if (pstBatch != nullptr)
         return Change(pstBatch, [&] { pstBatch->notices->AddEvent(*pstEvent); });

@@ -14,11 +14,12 @@ constinit std::atomic<ReaderSlot *> g_slots = nullptr; /* grows only */
 /* Readers without a slot: memory was short, or their thread is ending. While there is one, nothing is freed. */
 constinit std::atomic<uint32_t> g_readers_without_slot = 0;
 
+constinit thread_local bool t_ended = false; /* the thread has given its slot back for good */
+
 /* Gives the thread's slot back when the thread ends. */
 struct SlotOfThread {
-    bool ended = false;
     ~SlotOfThread() {
-        ended = true;
+        t_ended = true;
         if (t_slot != nullptr)
             t_slot->owned.store(false, std::memory_order_release);
         t_slot = nullptr;
@@ -52,8 +53,9 @@ constinit Published g_published = {&g_empty, 1};
 constinit thread_local ReaderSlot *t_slot __attribute__((tls_model("initial-exec"))) = nullptr;
 
 ReaderSlot *Reading::TakeSlot() {
-    if (t_slot_of_thread.ended)
+    if (t_ended)
         return nullptr;
+    [[maybe_unused]] const SlotOfThread *ends_with_the_thread = &t_slot_of_thread;
     t_slot = ReuseSlot();
     if (t_slot == nullptr)
         t_slot = AddSlot();

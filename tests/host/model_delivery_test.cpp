@@ -260,6 +260,17 @@ TEST_F(HostDelivery, OfTheRecoveredConfigurationEveryoneHearsOnce) {
     EXPECT_EQ(1u, late);
 }
 
+TEST_F(HostDelivery, OfARecoveryBeforeTheFirstRegistrationOneHearsToo) {
+    static uint32_t heard;
+    MDL_EVENT_S over = {};
+    over.ulTopic = MDL_TOPIC_CFM_OVER;
+    ASSERT_EQ(0u, MDL_Raise(nullptr, &over));
+    ASSERT_EQ(0u, MDL_Drain(10000));
+    ASSERT_EQ(0u, CFM_OverNotifyModuleRegister(1, 0, 0, 0, [] { return heard++; }));
+    ASSERT_EQ(0u, MDL_Drain(10000));
+    EXPECT_EQ(1u, heard);
+}
+
 TEST_F(HostDelivery, WrongNotificationsAreNotRaised) {
     EXPECT_NE(0u, MDL_Raise(nullptr, nullptr));
     for (uint32_t topic : {0u, 1u, 99u, 106u}) {

@@ -1,8 +1,8 @@
 // A subscriber of a cluster whose nodes die, freeze, forget or come back as others.
 
 #include "etcd_fixtures.h"
-#include <algorithm>
 
+#include <algorithm>
 #include <thread>
 
 using namespace confdb_test;

@@ -30,6 +30,15 @@ class Document {
     _xmlNode *root_;
 };
 
+/* The library reads any text but "true" as false; people should hear of a slip. */
+bool ReadVlanCheck(_xmlNode *root, bool *vlan_check) {
+    char text[16];
+    if (NAC_YANG_XmlGetStr(root, "vlan-check", text, sizeof text) != KIVO_OK)
+        return false;
+    *vlan_check = std::string(text) == "true";
+    return *vlan_check || std::string(text) == "false";
+}
+
 bool ReadClass(_xmlNode *root, uint8_t *name_class) {
     static constexpr const char *NAMES[] = {"name", "text", "word", "noquote"};
     char text[16];
@@ -50,13 +59,12 @@ bool ReadSettings(const std::string &text, Settings *settings, std::string *reas
     const Document document(text);
     _xmlNode *root = document.Root();
     Settings read = *settings;
-    uint32_t vlan_check = read.vlan_check ? 1 : 0;
     if (root == nullptr)
         *reason = "the text is no XML document";
     else if (document.Has("max-sessions") && (NAC_YANG_XmlGetU32(root, "max-sessions", &read.max_sessions) != KIVO_OK ||
                                               read.max_sessions == 0 || read.max_sessions > MOST_SESSIONS))
         *reason = "max-sessions is no number from 1 to " + std::to_string(MOST_SESSIONS);
-    else if (document.Has("vlan-check") && NAC_YANG_XmlGetBool(root, "vlan-check", &vlan_check) != KIVO_OK)
+    else if (document.Has("vlan-check") && !ReadVlanCheck(root, &read.vlan_check))
         *reason = "vlan-check is neither true nor false";
     else if (document.Has("user-name/class") && !ReadClass(root, &read.name_class))
         *reason = "user-name/class is none of name, text, word, noquote";
@@ -65,7 +73,6 @@ bool ReadSettings(const std::string &text, Settings *settings, std::string *reas
               read.name_max >= NAME_SIZE))
         *reason = "user-name/max-length is no number from 1 to " + std::to_string(NAME_SIZE - 1);
     else {
-        read.vlan_check = vlan_check == 1;
         *settings = read;
         return true;
     }

@@ -207,6 +207,8 @@ TEST(SessionSettings, ThatAreWrongChangeNothing) {
         {"<a>", "the text is no XML document"},
         {"<a><max-sessions>0</max-sessions></a>", "max-sessions is no number from 1 to 10000000"},
         {"<a><max-sessions>many</max-sessions></a>", "max-sessions is no number from 1 to 10000000"},
+        {"<a><vlan-check>perhaps</vlan-check></a>", "vlan-check is neither true nor false"},
+        {"<a><vlan-check/></a>", "vlan-check is neither true nor false"},
         {"<a><user-name><class>odd</class></user-name></a>", "user-name/class is none of name, text, word, noquote"},
         {"<a><user-name><max-length>64</max-length></user-name></a>", "user-name/max-length is no number from 1 to 63"},
     };

@@ -11,17 +11,6 @@ static void Install(uint32_t id, Function *function) {
 }
 
 void InstallStandbyHooks() {
-    Install(KIVO_HOOK_YSB_SMBUF_CREATE, YSB_Adapt_Smbuf_Create);
-    Install(KIVO_HOOK_YSB_SMBUF_DESTROY, YSB_Adapt_Smbuf_Destroy);
-    Install(KIVO_HOOK_YSB_SMBUF_M2D, YSB_Adapt_Smbuf_M2D);
-    Install(KIVO_HOOK_YSB_OUTPUT_PACKET_SMBUF, YSB_Adapt_Output_Packet_Smbuf);
-    Install(KIVO_HOOK_YSB_ADAPT_OUTPUT_PACKET_SMBUF, YSB_Adapt_Output_Packet_ToCtrlCpu);
-    Install(KIVO_HOOK_YSB_IS_ACTIVE_STATUS, YSB_Adapt_IsActiveStatus);
-    Install(KIVO_HOOK_YSB_IS_REAL_ENABLE, YsbAdaptIsRealEnable);
-    Install(KIVO_HOOK_YSB_LOCAL_VERSION_REGISTER, YsbAdaptRegisterVersion);
-    Install(KIVO_HOOK_YSB_MOID_GET, YsbAdaptGetModId);
-    Install(KIVO_HOOK_YSB_NEGO_VERSION_GET, YsbAdaptGetNegoVersion);
-
     Install(KIVO_HOOK_YSB_IS_BACKUP, YsbAdaptIsBackup);
     Install(KIVO_HOOK_YSB_REG_RECV_BATCH_FINISH_CALLBACK, YsbAdaptRegRecvBatchFinish);
     Install(KIVO_HOOK_GET_YSB_CPU_NUM, YsbAdaptGetCpuNum);
@@ -31,7 +20,7 @@ void InstallStandbyHooks() {
 
 void *MessageAssembler::Take(YSB_SMBUF_S *packet, uint32_t length) {
     void *complete = nullptr;
-    const uint32_t header = CHI_GetMsgHeadLen(CHI_BACK_YSB);
+    const uint32_t header = CHI_GetMsgHeadLen(CHI_BACK_YSB); /* the link delivers nothing that is shorter */
     (void)CHI_RecvMsgForFrag(CHI_BACK_YSB, &context_, packet, CBUF_C2D(CHI_BACK_YSB, packet), length - header,
                              &complete);
     return complete;

@@ -10,9 +10,8 @@
 
 namespace uvel::apps {
 
-/* Installs all hooks of hot standby: those that the library leaves to the product layer (backup state, processors,
- * finished batches), and those that it would install itself with its other adapters to the host, for processes that
- * use nothing but the channel. After UVEL_GlobalVarInit, which empties the table. */
+/* Installs the hooks of hot standby that the library leaves to the product layer: backup state, processors, finished
+ * batches. The others it installs itself (KIVO_VirtualToHook). After UVEL_GlobalVarInit, which empties the table. */
 void InstallStandbyHooks();
 
 /* Puts the packets of a link together, one message at a time as they come. For the link's thread alone. */

@@ -207,6 +207,7 @@ void SendMessage(uint32_t size, const uint8_t *payload) {
 Child StartReceiver(uint64_t expected, uint32_t batches) {
     return Start([=](int from, int to) {
         (void)UVEL_GlobalVarInit();
+        KIVO_VirtualToHook();
         uvel::apps::InstallStandbyHooks();
         static Receiver receiver;
         YSB_LINK_CONFIG_S config = Config("b", "a", &receiver);
@@ -448,6 +449,7 @@ int main(int argc, char **argv) {
         Fail(error);
     g_keys = folder;
     (void)UVEL_GlobalVarInit();
+    KIVO_VirtualToHook();
     uvel::apps::InstallStandbyHooks();
     if (argc > 1 && std::strcmp(argv[1], "batch") == 0)
         Batches();

@@ -244,6 +244,7 @@ int main(int argc, char **argv) {
         return 2;
     prctl(PR_SET_PDEATHSIG, SIGKILL); /* nothing is left over when the test ends early */
     (void)UVEL_GlobalVarInit();
+    KIVO_VirtualToHook();
     uvel::apps::InstallStandbyHooks();
     const std::string folder = std::string(argv[1]) + "/";
     const std::string certificate = folder + argv[2] + ".pem";

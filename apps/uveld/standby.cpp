@@ -1,7 +1,9 @@
 #include "standby.h"
 
-#include <atomic>
+#include <mutex>
+#include <standby_hooks.h>
 #include <stdexcept>
+#include <utility>
 #include <uvelhost/standby_link.h>
 
 namespace uveld {
@@ -17,25 +19,28 @@ void ForParts(void *context, Call call) {
     }
 }
 
-void OnPacket(void *context, uint32_t mod_id, uint8_t, YSB_SMBUF_S *buffer, uint32_t length) {
+/* Puts together what the link brings; used on the link's thread alone. */
+uvel::apps::MessageAssembler g_assembler;
+
+void OnPacket(void *context, uint32_t mod_id, uint8_t, YSB_SMBUF_S *packet, uint32_t length) {
+    void *message = g_assembler.Take(packet, length);
+    if (message == nullptr)
+        return;
     bool is_taken = false;
     ForParts(context, [&](const UVELD_STANDBY_S &standby) {
-        if (!is_taken && standby.ulModId == mod_id && standby.pfReceive != nullptr) {
+        if (!is_taken && standby.ulModId == mod_id && standby.pfMessage != nullptr) {
             is_taken = true;
-            standby.pfReceive(buffer, length);
+            standby.pfMessage(message);
         }
     });
     if (!is_taken) {
-        spdlog::warn("standby: a packet of the unknown module id {} was dropped", mod_id);
-        YSB_Adapt_Smbuf_Destroy(buffer);
+        spdlog::warn("standby: a message of the unknown module id {} was dropped", mod_id);
+        CBUF_Free(CHI_BACK_YSB, message);
     }
 }
 
-void OnPeerIsNew(void *context) {
-    ForParts(context, [](const UVELD_STANDBY_S &standby) {
-        if (standby.pfPeerIsNew != nullptr)
-            standby.pfPeerIsNew();
-    });
+void OnPeerIsNew(void *) {
+    g_assembler.Reset();
 }
 
 void OnBatch(void *context, uint32_t batch) {
@@ -59,16 +64,18 @@ void OnPeerBatch(void *context, uint32_t begins) {
     });
 }
 
-/* Modules hear of a role only when it changed; at first every role is new. */
-std::atomic<int> g_role{-1};
-
+/* Modules hear of a role only when it changed; at first every role is new. States come on several threads: under the lock
+ * none overtakes another. */
 void OnState(void *context) {
+    static std::mutex lock;
+    static int role = -1;
+    const std::lock_guard guard(lock);
     YSB_LINK_STATE_S state;
     if (YSB_Link_GetState(&state) != UVELHOST_OK)
         return;
     spdlog::info("standby: {}, the peer is {}", state.ulActive == 1 ? "active" : "not active",
                  state.ulConnected == 1 ? "there" : "away");
-    if (g_role.exchange(static_cast<int>(state.ulActive)) == static_cast<int>(state.ulActive))
+    if (std::exchange(role, static_cast<int>(state.ulActive)) == static_cast<int>(state.ulActive))
         return;
     ForParts(context, [&](const UVELD_STANDBY_S &standby) {
         if (standby.pfRole != nullptr)

@@ -1,5 +1,7 @@
 #include "backup.h"
 
+#include <uvelcommon_base/kivo_chi.h>
+#include <uvelcommon_base/kivo_hook_standby.h>
 #include <uvelhost/standby_link.h>
 
 namespace session_table {
@@ -39,24 +41,7 @@ void Backup::SendAll() {
         sessions_->ForAll([this](const Session &session) { Output(Change::ADDED, session); });
 }
 
-void Backup::Receive(YSB_SMBUF_S *buffer, uint32_t length) {
-    const uint32_t head = CHI_GetMsgHeadLen(CHI_BACK_YSB);
-    if (length < head) {
-        ++malformed_;
-        CBUF_Free(CHI_BACK_YSB, buffer);
-        return;
-    }
-    void *message = nullptr;
-    const void *payload = CBUF_C2D(CHI_BACK_YSB, buffer);
-    if (CHI_RecvMsgForFrag(CHI_BACK_YSB, &in_progress_, buffer, payload, length - head, &message) != KIVO_OK)
-        ++malformed_;
-    if (message != nullptr) {
-        Apply(message);
-        CBUF_Free(CHI_BACK_YSB, message);
-    }
-}
-
-void Backup::Apply(void *message) {
+void Backup::Receive(void *message) {
     CHI_MSG_INFO_S info{};
     Change change{};
     Session session;
@@ -66,12 +51,7 @@ void Backup::Apply(void *message) {
         ++malformed_;
     else if (!active_.load())
         sessions_->Apply(change, session);
-}
-
-void Backup::ForgetMessageInProgress() {
-    if (in_progress_.pBuffer != nullptr)
-        CBUF_Free(CHI_BACK_YSB, in_progress_.pBuffer);
-    in_progress_ = {};
+    CBUF_Free(CHI_BACK_YSB, message);
 }
 
 void Backup::PeerBatch(bool begins) {

@@ -2,8 +2,6 @@
 #pragma once
 
 #include <atomic>
-#include <uvelcommon_base/kivo_chi_reassembly.h>
-#include <uveld/module.h>
 
 #include "sessions.h"
 
@@ -18,8 +16,8 @@ class Backup {
      * nothing is sent: its changes are the peer's. */
     void Send(Change change, const Session &session);
 
-    void Receive(YSB_SMBUF_S *buffer, uint32_t length);
-    void ForgetMessageInProgress();
+    /* A message of the peer: a channel buffer, which is freed. */
+    void Receive(void *message);
     void SendAll();
     void PeerBatch(bool begins);
     void SetActive(bool active) { active_.store(active); }
@@ -29,14 +27,12 @@ class Backup {
 
   private:
     void Output(Change change, const Session &session);
-    void Apply(void *message);
 
     Sessions *sessions_;
     uint32_t mod_id_;
     std::atomic<bool> active_{false};
     std::atomic<uint32_t> message_id_{0};
     std::atomic<uint64_t> malformed_{0};
-    CHI_RECV_CTX_S in_progress_{};
 };
 
 } // namespace session_table

@@ -112,8 +112,7 @@ void OnRole(uint32_t active) {
 void TakePartInStandby(const UVELD_CONTEXT_S *context) {
     UVELD_STANDBY_S standby{};
     standby.ulModId = KIVO_Ysb_MOID_Get(MID, 0, 0, 0, 0, 0, 0, 0);
-    standby.pfReceive = [](YSB_SMBUF_S *buffer, uint32_t length) { g_module->backup.Receive(buffer, length); };
-    standby.pfPeerIsNew = [] { g_module->backup.ForgetMessageInProgress(); };
+    standby.pfMessage = [](void *message) { g_module->backup.Receive(message); };
     standby.pfBatch = [] { g_module->backup.SendAll(); };
     standby.pfPeerBatch = [](uint32_t begins) { g_module->backup.PeerBatch(begins == 1); };
     standby.pfRole = OnRole;

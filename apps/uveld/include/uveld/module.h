@@ -21,8 +21,6 @@
 
 #include <stdint.h>
 
-#include <uvelhost/standby.h>
-
 #ifdef __cplusplus
 extern "C" {
 #endif
@@ -44,10 +42,9 @@ typedef struct {
 /* What a module does with the standby link. Every member may be null. All are called on the link's thread except
  * pfBatch, which has a thread of its own and may wait. */
 typedef struct {
-    uint32_t ulModId; /* the packets of this id are the module's */
-    /* A packet of ulLen bytes, header and payload; the buffer belongs to the callback (YSB_Adapt_Smbuf_Destroy). */
-    void (*pfReceive)(YSB_SMBUF_S *pstSmbuf, uint32_t ulLen);
-    void (*pfPeerIsNew)(void);              /* what is left of a message in progress will not come */
+    uint32_t ulModId; /* the messages of this id are the module's */
+    /* A whole message: a channel buffer (CHI_BACK_YSB) that belongs to the callback (CBUF_Free). */
+    void (*pfMessage)(void *pBuffer);
     void (*pfBatch)(void);                  /* send everything; the return ends the module's part of the batch */
     void (*pfPeerBatch)(uint32_t ulBegins); /* a batch of the peer begins (1), is complete (0) */
     void (*pfRole)(uint32_t ulActive);      /* this device is (1) or is not (0) the active one from now on */

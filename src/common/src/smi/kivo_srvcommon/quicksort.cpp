@@ -130,6 +130,9 @@ static int64_t MedianOfThree(void **ppArray, int64_t llLow, int64_t llHigh, SRVQ
     return pfCompare(ppArray[llHigh], ppArray[llLarger]) > 0 ? llLarger : llHigh;
 }
 
+/* Entries ahead of a scan whose records come into the cache while the comparisons before them run. */
+static constexpr int64_t AHEAD = 8;
+
 void SRVQS_Split(void **ppArray, int32_t lLow, int32_t lHigh, int32_t *plPivot, SRVQS_CMP_FUNC pfCompare) {
     if (ppArray == nullptr || plPivot == nullptr || pfCompare == nullptr || lHigh < lLow)
         return;
@@ -145,9 +148,13 @@ void SRVQS_Split(void **ppArray, int32_t lLow, int32_t lHigh, int32_t *plPivot, 
         do {
             Pace(&ulComparisons);
             --j;
+            if (j - AHEAD > i)
+                __builtin_prefetch(ppArray[j - AHEAD]);
         } while (pfCompare(ppArray[j], pPivot) > 0 && j > lLow);
         while (i < lHigh) {
             Pace(&ulComparisons);
+            if (i + AHEAD < j)
+                __builtin_prefetch(ppArray[i + AHEAD]);
             if (pfCompare(ppArray[++i], pPivot) >= 0)
                 break;
         }

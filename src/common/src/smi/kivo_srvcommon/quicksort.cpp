@@ -16,6 +16,7 @@ static_assert(offsetof(SRVQS_STACK_S, astRanges) == 0);
 static_assert(offsetof(SRVQS_STACK_S, lTop) == 800);
 
 static constexpr int32_t INSERTION_SPAN = 10; /* ranges of up to this many entries more than one are not split */
+static constexpr int64_t AHEAD = 8;           /* a record comes into the cache while so many before it are compared */
 
 /* Entries that splits may look at before the input counts as one that median-of-three splits badly. Random inputs
  * stay below 1.2 n log2 n. */
@@ -129,9 +130,6 @@ static int64_t MedianOfThree(void **ppArray, int64_t llLow, int64_t llHigh, SRVQ
         return llSmaller;
     return pfCompare(ppArray[llHigh], ppArray[llLarger]) > 0 ? llLarger : llHigh;
 }
-
-/* Entries ahead of a scan whose records come into the cache while the comparisons before them run. */
-static constexpr int64_t AHEAD = 8;
 
 void SRVQS_Split(void **ppArray, int32_t lLow, int32_t lHigh, int32_t *plPivot, SRVQS_CMP_FUNC pfCompare) {
     if (ppArray == nullptr || plPivot == nullptr || pfCompare == nullptr || lHigh < lLow)

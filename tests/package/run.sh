@@ -26,6 +26,9 @@ for compiler in "g++ -std=c++20" "g++ -std=c++20 -no-pie -fno-pic" "clang++ -std
     "$work/from_cxx"
 done
 
+# A module, by the command of docs/modules.md.
+g++ -std=c++20 -shared -fPIC "$source/../../examples/tutorial/step5.cpp" -o "$work/flaps.so" "${flags[@]}"
+
 # A compiler that copies objects into the executable must be refused by the linker, not split the table in two.
 if clang -fno-pic -no-pie "$source/from_c.c" -o "$work/copy" "${flags[@]}" -Wl,-rpath,"$lib" 2>"$work/copy.log"; then
     "$work/copy" || { echo "an executable with a copy of a table was linked"; exit 1; }

@@ -61,6 +61,7 @@ uint32_t SRVSTL_RemoveAllLink(SRVSTL_TBL_S *pstTbl, SRVSTL_FREE_FUNC pfFree) {
 /* False where there is nothing to search, or nothing to search with. A link that was found may be null, so a search
  * tells by the result, never by the link, how it ended. Works on a copy of the header, whose fields the compiler may
  * then fetch all at once. */
+template <bool FETCH>
 [[gnu::always_inline]] static inline bool Search(const SRVSTL_TBL_S *pstTbl, const void *pKey, SEARCH_END_S *pstEnd) {
     if (pstTbl == nullptr)
         return false;
@@ -68,7 +69,7 @@ uint32_t SRVSTL_RemoveAllLink(SRVSTL_TBL_S *pstTbl, SRVSTL_FREE_FUNC pfFree) {
     if (stTbl.ulCount == 0 || stTbl.pfCompare == nullptr)
         return false;
     const auto linkAt = [ppLinks = stTbl.ppLinks](size_t ulIndex) -> const void * { return ppLinks[ulIndex]; };
-    *pstEnd = SortedSearch(INDEXED_ITEMS_S{linkAt}, stTbl.ulCount, stTbl.pfCompare, pKey);
+    *pstEnd = SortedSearch<FETCH>(INDEXED_ITEMS_S{linkAt}, stTbl.ulCount, stTbl.pfCompare, pKey);
     return true;
 }
 
@@ -79,7 +80,7 @@ uint32_t SRVSTL_SetLink(SRVSTL_TBL_S *pstTbl, const void *pKey, void *pLink) {
     const uint32_t ulCursor = pstTbl->ulCursor;
     uint32_t ulIndex = 0;
     SEARCH_END_S stEnd;
-    if (Search(pstTbl, pKey, &stEnd)) {
+    if (Search<true>(pstTbl, pKey, &stEnd)) {
         pstTbl->ulCursor = stEnd.ulIndex;
         const int32_t lOrder = pstTbl->pfCompare(stEnd.pItem, pKey);
         if (lOrder == 0)
@@ -115,7 +116,7 @@ static uint32_t RemoveAt(SRVSTL_TBL_S *pstTbl, uint32_t ulIndex, uint32_t ulCurs
 
 uint32_t SRVSTL_RemoveLink(SRVSTL_TBL_S *pstTbl, const void *pKey) {
     SEARCH_END_S stEnd;
-    if (!Search(pstTbl, pKey, &stEnd) || !stEnd.bMatch)
+    if (!Search<true>(pstTbl, pKey, &stEnd) || !stEnd.bMatch)
         return KIVO_NOT_FOUND;
     /* 0xFFFFFFFF becomes 0xFFFFFFFE, past the end, on purpose: callers rely on it. */
     const uint32_t ulCursor = pstTbl->ulCursor >= stEnd.ulIndex ? pstTbl->ulCursor - 1 : pstTbl->ulCursor;
@@ -129,17 +130,25 @@ uint32_t SRVSTL_RemoveCurr(SRVSTL_TBL_S *pstTbl) {
     return RemoveAt(pstTbl, pstTbl->ulCursor, pstTbl->ulCursor - 1);
 }
 
-void *SRVSTL_FindLink(SRVSTL_TBL_S *pstTbl, const void *pKey) {
+/* A function of its own for either, since the two searches together have more values than there are registers. */
+template <bool FETCH>
+[[gnu::noinline]] static void *Find(SRVSTL_TBL_S *pstTbl, const void *pKey) {
     SEARCH_END_S stEnd;
-    if (!Search(pstTbl, pKey, &stEnd) || !stEnd.bMatch)
+    if (!Search<FETCH>(pstTbl, pKey, &stEnd) || !stEnd.bMatch)
         return nullptr;
     pstTbl->ulCursor = stEnd.ulIndex;
     return const_cast<void *>(stEnd.pItem);
 }
 
+void *SRVSTL_FindLink(SRVSTL_TBL_S *pstTbl, const void *pKey) {
+    if (pstTbl == nullptr)
+        return nullptr;
+    return pstTbl->ulCount > FEW_ITEMS ? Find<true>(pstTbl, pKey) : Find<false>(pstTbl, pKey);
+}
+
 void *SRVSTL_FindProxLink(SRVSTL_TBL_S *pstTbl, const void *pKey) {
     SEARCH_END_S stEnd;
-    if (!Search(pstTbl, pKey, &stEnd))
+    if (!Search<true>(pstTbl, pKey, &stEnd))
         return nullptr;
     pstTbl->ulCursor = stEnd.ulIndex;
     return const_cast<void *>(stEnd.pItem);

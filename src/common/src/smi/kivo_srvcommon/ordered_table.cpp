@@ -133,11 +133,12 @@ uint32_t SRVOT_RemoveAllElmt(SRVOT_TBL_S *pstTbl) {
 [[gnu::cold, gnu::noinline]] static SEARCH_END_S SearchSizeless(const void *pElmts, uint32_t ulCount,
                                                                 SRVOT_CMP_FUNC pfCompare, const void *pKey) {
     const auto itemAt = [pElmts](size_t) { return pElmts; };
-    return SortedSearch(INDEXED_ITEMS_S{itemAt}, ulCount, pfCompare, pKey);
+    return SortedSearch<false>(INDEXED_ITEMS_S{itemAt}, ulCount, pfCompare, pKey);
 }
 
 /* False where there is nothing to search, or nothing to search with. The fields are read once: the compiler must
  * otherwise expect that the comparison changes them. */
+template <bool FETCH>
 [[gnu::always_inline]] static inline bool Search(const SRVOT_TBL_S *pstTbl, const void *pKey, SEARCH_END_S *pstEnd) {
     if (pstTbl == nullptr)
         return false;
@@ -147,21 +148,29 @@ uint32_t SRVOT_RemoveAllElmt(SRVOT_TBL_S *pstTbl) {
         return false;
     const RECORD_ARRAY_S stElmts = {static_cast<const uint8_t *>(pstTbl->pElmts), pstTbl->ulElmtSize};
     *pstEnd = stElmts.ulSize == 0 ? SearchSizeless(stElmts.pFirst, ulCount, pfCompare, pKey)
-                                  : SortedSearch(stElmts, ulCount, pfCompare, pKey);
+                                  : SortedSearch<FETCH>(stElmts, ulCount, pfCompare, pKey);
     return true;
 }
 
-void *SRVOT_FindElmt(SRVOT_TBL_S *pstTbl, const void *pKey) {
+/* A function of its own for either, since the two searches together have more values than there are registers. */
+template <bool FETCH>
+[[gnu::noinline]] static void *Find(SRVOT_TBL_S *pstTbl, const void *pKey) {
     SEARCH_END_S stEnd;
-    if (!Search(pstTbl, pKey, &stEnd) || !stEnd.bMatch)
+    if (!Search<FETCH>(pstTbl, pKey, &stEnd) || !stEnd.bMatch)
         return nullptr;
     pstTbl->ulCursor = stEnd.ulIndex;
     return const_cast<void *>(stEnd.pItem);
 }
 
+void *SRVOT_FindElmt(SRVOT_TBL_S *pstTbl, const void *pKey) {
+    if (pstTbl == nullptr)
+        return nullptr;
+    return pstTbl->ulCount > FEW_ITEMS ? Find<true>(pstTbl, pKey) : Find<false>(pstTbl, pKey);
+}
+
 void *SRVOT_FindProxElmt(SRVOT_TBL_S *pstTbl, const void *pKey) {
     SEARCH_END_S stEnd;
-    if (!Search(pstTbl, pKey, &stEnd))
+    if (!Search<true>(pstTbl, pKey, &stEnd))
         return nullptr;
     pstTbl->ulCursor = stEnd.ulIndex;
     return const_cast<void *>(stEnd.pItem);

@@ -105,25 +105,30 @@ INDEXED_ITEMS_S(ITEM_AT) -> INDEXED_ITEMS_S<ITEM_AT>;
  * The probes are those of an interval [lo, hi) that begins as [0, count): the item at mid = (lo + hi) / 2 is compared;
  * a match ends the search, else hi = mid or lo = mid, and the search is over when mid stays the same. The interval is
  * kept as mid and its length: mid is lo + length / 2, and the length becomes length / 2 below mid and (length + 1) / 2
- * above it. So both possible next places are known while the comparison still runs, and every place is one of the array
- * whatever the comparison answers.
+ * above it. So both possible next places are known while the comparison still runs, though they stand behind its call:
+ * the processor looks that far ahead, and nothing must be kept over the call. Every place is one of the array whatever
+ * the comparison answers.
  *
  * Select takes the place above for a negative order (the item sorts before the key), else the one below. A predictor
  * guesses this wrong every other time, which costs more than all the rest of a probe. Compilers turn the plain
- * expression into a branch at one optimization level or another, so the processor's own selection is spelled out. */
-template <typename ARRAY, typename COMPARE>
+ * expression into a branch at one optimization level or another, so the processor's own selection is spelled out.
+ *
+ * With FETCH the next items come into the cache before it is known which of them is wanted. */
+
+template <bool FETCH, typename ARRAY, typename COMPARE>
 [[gnu::always_inline]] static inline SEARCH_END_S SortedSearch(const ARRAY &array, uint32_t ulCount, COMPARE pfCompare,
                                                                const void *pKey) {
     size_t ulLen = ulCount;
     size_t ulShortest = ulCount; /* length of the shortest interval that there is after as many probes */
     auto mid = array.At(ulLen / 2);
     while (true) {
+        const int32_t lOrder = pfCompare(array.Item(mid), pKey);
         const auto above = array.Above(mid, (ulLen + 1) / 4);
         const auto below = array.Below(mid, (ulLen + 2) / 4);
-        array.Fetch(mid, above, below, ulShortest);
-        ulShortest /= 2;
-
-        const int32_t lOrder = pfCompare(array.Item(mid), pKey);
+        if constexpr (FETCH) {
+            array.Fetch(mid, above, below, ulShortest);
+            ulShortest /= 2;
+        }
         if (lOrder == 0)
             return {array.Item(mid), array.Index(mid), true};
         const auto next = array.Select(lOrder, above, below);
@@ -133,5 +138,9 @@ template <typename ARRAY, typename COMPARE>
         mid = next;
     }
 }
+
+/* A search looks at one cache line of an item. Those of so many items stay in the innermost cache, and fetching them
+ * would only keep the processor busy. */
+static constexpr uint32_t FEW_ITEMS = 512;
 
 #endif

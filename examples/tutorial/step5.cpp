@@ -5,7 +5,7 @@
 #include <cstring>
 #include <mutex>
 #include <string>
-#include <uvelcommon_base/kivo_chi_reassembly.h>
+#include <uvelcommon_base/kivo_chi.h>
 #include <uvelcommon_base/kivo_event_records.h>
 #include <uvelcommon_base/kivo_hook_interface.h>
 #include <uvelcommon_base/kivo_hook_standby.h>
@@ -38,7 +38,6 @@ std::string g_uplink;
 uint32_t (*g_is_wan)(uint32_t ifindex) = nullptr; /* what answered before */
 uint32_t g_channel = KIVO_NONE;                   /* this module's id on the link; none without a link */
 std::atomic<uint32_t> g_message_id = 0;           /* messages are sent by two threads */
-CHI_RECV_CTX_S g_in_progress;                     /* a message of which not all fragments have come */
 
 void Log(uint32_t level, const std::string &text) {
     g_uveld->pfLog(g_uveld->pModule, level, text.c_str());
@@ -88,37 +87,17 @@ void Merge(const Flaps &theirs) {
         ours->count = theirs.count;
 }
 
-/* What comes from outside is checked: length first, then that the name ends. */
-void Take(void *message) {
+/* A message of the peer, ours to free. What comes from outside is checked: its length, and that the name ends. */
+void Receive(void *message) {
     CHI_MSG_INFO_S info{};
     Flaps theirs;
-    if (CHI_GetMsgInfo(CHI_BACK_YSB, message, &info) != KIVO_OK || info.ulTotalLength != sizeof theirs)
-        return;
-    std::memcpy(&theirs, CBUF_C2D(CHI_BACK_YSB, message), sizeof theirs);
-    theirs.count = ntohl(theirs.count);
-    if (std::memchr(theirs.name, '\0', sizeof theirs.name) != nullptr)
-        Merge(theirs);
-}
-
-void Receive(YSB_SMBUF_S *buffer, uint32_t length) {
-    const uint32_t head = CHI_GetMsgHeadLen(CHI_BACK_YSB);
-    if (length < head) {
-        CBUF_Free(CHI_BACK_YSB, buffer);
-        return;
+    if (CHI_GetMsgInfo(CHI_BACK_YSB, message, &info) == KIVO_OK && info.ulTotalLength == sizeof theirs) {
+        std::memcpy(&theirs, CBUF_C2D(CHI_BACK_YSB, message), sizeof theirs);
+        theirs.count = ntohl(theirs.count);
+        if (std::memchr(theirs.name, '\0', sizeof theirs.name) != nullptr)
+            Merge(theirs);
     }
-    void *message = nullptr;
-    (void)CHI_RecvMsgForFrag(CHI_BACK_YSB, &g_in_progress, buffer, CBUF_C2D(CHI_BACK_YSB, buffer), length - head,
-                             &message);
-    if (message != nullptr) {
-        Take(message);
-        CBUF_Free(CHI_BACK_YSB, message);
-    }
-}
-
-void ForgetMessageInProgress() {
-    if (g_in_progress.pBuffer != nullptr)
-        CBUF_Free(CHI_BACK_YSB, g_in_progress.pBuffer);
-    g_in_progress = {};
+    CBUF_Free(CHI_BACK_YSB, message);
 }
 
 /* Sending waits for the peer: a copy is sent, so that nobody waits for the lock meanwhile. */
@@ -136,8 +115,7 @@ void SendAll() {
 void TakePartInStandby() {
     UVELD_STANDBY_S standby{};
     standby.ulModId = KIVO_Ysb_MOID_Get(MID, 0, 0, 0, 0, 0, 0, 0);
-    standby.pfReceive = Receive;
-    standby.pfPeerIsNew = ForgetMessageInProgress;
+    standby.pfMessage = Receive;
     standby.pfBatch = SendAll;
     if (g_uveld->pfStandby(g_uveld->pModule, &standby) == 0) {
         KIVO_Ysb_LocalVersion_Register(standby.ulModId, MESSAGE_VERSION, 1, 0, 0, 0, 0, 0);

@@ -4,11 +4,15 @@
 
 #include "yang_dtd.h"
 #include <climits>
+#include <cstddef>
 #include <cstring>
 #include <libxml/parser.h>
 #include <libxml/tree.h>
 #include <libxml/xmlerror.h>
 #include <securec.h>
+
+static_assert(sizeof(NAC_YANG_REQUEST_S) == 8);
+static_assert(offsetof(NAC_YANG_REQUEST_S, pszXml) == 0);
 
 /* Options of the parser: blank text nodes are dropped, and that is all. What would make libxml2 read other files is
  * off: XML_PARSE_NOENT, XML_PARSE_DTDLOAD, XML_PARSE_DTDATTR, XML_PARSE_DTDVALID, XML_PARSE_XINCLUDE; so is

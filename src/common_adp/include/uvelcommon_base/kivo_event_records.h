@@ -53,8 +53,6 @@
 #ifndef UVELCOMMON_BASE_KIVO_EVENT_RECORDS_H
 #define UVELCOMMON_BASE_KIVO_EVENT_RECORDS_H
 
-#include <assert.h>
-#include <stddef.h>
 #include <uvelcommon_base/kivo_types.h>
 
 /* ---- event ids ---- */
@@ -119,9 +117,6 @@ typedef struct {
     uint32_t ulReserved3; /* 0xFFFFFFFF */
     uint32_t ulIfIndex;
 } KIVO_EVT_IF_S;
-static_assert(sizeof(KIVO_EVT_IF_S) == 28, "size");
-static_assert(offsetof(KIVO_EVT_IF_S, ulParam) == 12, "offset");
-static_assert(offsetof(KIVO_EVT_IF_S, ulIfIndex) == 24, "offset");
 
 /* A slot: what the host says of it. */
 typedef struct {
@@ -129,8 +124,6 @@ typedef struct {
     uint32_t ulUserId;
     uint32_t aulHost[2];
 } KIVO_EVT_SLOT_S;
-static_assert(sizeof(KIVO_EVT_SLOT_S) == 16, "size");
-static_assert(offsetof(KIVO_EVT_SLOT_S, aulHost) == 8, "offset");
 
 /* A card: what the host says of it. */
 typedef struct {
@@ -138,8 +131,6 @@ typedef struct {
     uint32_t ulUserId;
     uint32_t aulHost[3];
 } KIVO_EVT_CARD_S;
-static_assert(sizeof(KIVO_EVT_CARD_S) == 20, "size");
-static_assert(offsetof(KIVO_EVT_CARD_S, aulHost) == 8, "offset");
 
 /* States of an interface; a state of the host other than down and up is passed on as it is. */
 #define KIVO_EVT_STATE_DOWN 28U
@@ -155,9 +146,6 @@ typedef struct {
     uint32_t ulState; /* KIVO_EVT_STATE_* */
     uint32_t ulFlags; /* bits 0 and 6 of the host's flags */
 } KIVO_EVT_IF_STATE_S;
-static_assert(sizeof(KIVO_EVT_IF_STATE_S) == 20, "size");
-static_assert(offsetof(KIVO_EVT_IF_STATE_S, ulIfIndex) == 8, "offset");
-static_assert(offsetof(KIVO_EVT_IF_STATE_S, ulFlags) == 16, "offset");
 
 /* ---- addresses, VRFs, bridge domains ---- */
 
@@ -168,15 +156,12 @@ typedef struct {
     uint32_t ulIfIndex;
     uint32_t ulAddr; /* in host order: 10.0.0.1 is 0x0A000001 */
 } KIVO_EVT_IP_S;
-static_assert(sizeof(KIVO_EVT_IP_S) == 16, "size");
-static_assert(offsetof(KIVO_EVT_IP_S, ulAddr) == 12, "offset");
 
 /* The VRF of something: what the host says of it. Without a length. */
 typedef struct {
     uint32_t ulUserId;
     uint32_t ulHost;
 } KIVO_EVT_VRF_SET_S;
-static_assert(sizeof(KIVO_EVT_VRF_SET_S) == 8, "size");
 
 /* A bridge domain: what the host says of it. Without length and user. */
 typedef struct {
@@ -184,8 +169,6 @@ typedef struct {
     uint16_t usHost2;
     uint16_t usReserved;
 } KIVO_EVT_BD_S;
-static_assert(sizeof(KIVO_EVT_BD_S) == 8, "size");
-static_assert(offsetof(KIVO_EVT_BD_S, usHost2) == 4, "offset");
 
 /* ---- ports of layer 2 ---- */
 
@@ -196,8 +179,6 @@ typedef struct {
     uint16_t usValue;
     uint16_t usReserved;
 } KIVO_EVT_PORT_S;
-static_assert(sizeof(KIVO_EVT_PORT_S) == 12, "size");
-static_assert(offsetof(KIVO_EVT_PORT_S, usValue) == 8, "offset");
 
 /* A port that changes between layer 2 and layer 3. */
 typedef struct {
@@ -205,8 +186,6 @@ typedef struct {
     uint32_t ulUserId;
     uint32_t ulIfIndex;
 } KIVO_EVT_PORT_SWITCH_S;
-static_assert(sizeof(KIVO_EVT_PORT_SWITCH_S) == 12, "size");
-static_assert(offsetof(KIVO_EVT_PORT_SWITCH_S, ulIfIndex) == 8, "offset");
 
 /* QinQ of a port: three words of the host's data. */
 typedef struct {
@@ -218,10 +197,6 @@ typedef struct {
     uint16_t usWord9;
     uint16_t usReserved;
 } KIVO_EVT_QINQ_S;
-static_assert(sizeof(KIVO_EVT_QINQ_S) == 20, "size");
-static_assert(offsetof(KIVO_EVT_QINQ_S, ulIfIndex) == 8, "offset");
-static_assert(offsetof(KIVO_EVT_QINQ_S, usWord6) == 12, "offset");
-static_assert(offsetof(KIVO_EVT_QINQ_S, usWord9) == 16, "offset");
 
 /* A hybrid trunk port and a VLAN it was added to. */
 typedef struct {
@@ -231,9 +206,6 @@ typedef struct {
     uint16_t usFirstVlan;
     uint16_t usLastVlan; /* the same VLAN */
 } KIVO_EVT_HYBRID_S;
-static_assert(sizeof(KIVO_EVT_HYBRID_S) == 16, "size");
-static_assert(offsetof(KIVO_EVT_HYBRID_S, ulPort) == 8, "offset");
-static_assert(offsetof(KIVO_EVT_HYBRID_S, usLastVlan) == 14, "offset");
 
 /* ---- VLANs ---- */
 
@@ -243,8 +215,6 @@ typedef struct {
     uint32_t ulUserId;
     uint32_t aulBitmap[128];
 } KIVO_EVT_VLANS_S;
-static_assert(sizeof(KIVO_EVT_VLANS_S) == 520, "size");
-static_assert(offsetof(KIVO_EVT_VLANS_S, aulBitmap) == 8, "offset");
 
 /* Ports of the VLANs usFirstVlan to usLastVlan: this head, then ulCount u32 port entries directly behind it. Without a
  * length: it is (ulCount + 3) * 4. */
@@ -254,9 +224,6 @@ typedef struct {
     uint16_t usLastVlan;
     uint32_t ulCount; /* at least 1 */
 } KIVO_EVT_VLAN_PORTS_S;
-static_assert(sizeof(KIVO_EVT_VLAN_PORTS_S) == 12, "the entries begin at offset 12");
-static_assert(offsetof(KIVO_EVT_VLAN_PORTS_S, usFirstVlan) == 4, "offset");
-static_assert(offsetof(KIVO_EVT_VLAN_PORTS_S, ulCount) == 8, "offset");
 
 /* A super-VLAN and a sub-VLAN of it. */
 typedef struct {
@@ -265,8 +232,6 @@ typedef struct {
     uint16_t usSuperVlan;
     uint16_t usSubVlan;
 } KIVO_EVT_SUB_VLAN_S;
-static_assert(sizeof(KIVO_EVT_SUB_VLAN_S) == 12, "size");
-static_assert(offsetof(KIVO_EVT_SUB_VLAN_S, usSubVlan) == 10, "offset");
 
 /* An attribute of a VLAN. */
 typedef struct {
@@ -276,9 +241,6 @@ typedef struct {
     uint16_t usVlan;
     uint16_t usReserved;
 } KIVO_EVT_VLAN_ATTR_S;
-static_assert(sizeof(KIVO_EVT_VLAN_ATTR_S) == 16, "size");
-static_assert(offsetof(KIVO_EVT_VLAN_ATTR_S, ulAttr) == 8, "offset");
-static_assert(offsetof(KIVO_EVT_VLAN_ATTR_S, usVlan) == 12, "offset");
 
 /* The interface of a VLAN; the sub-event id says what became of it. */
 typedef struct {
@@ -287,8 +249,6 @@ typedef struct {
     uint16_t usVlan;
     uint16_t usReserved;
 } KIVO_EVT_VLAN_STATE_S;
-static_assert(sizeof(KIVO_EVT_VLAN_STATE_S) == 12, "size");
-static_assert(offsetof(KIVO_EVT_VLAN_STATE_S, usVlan) == 8, "offset");
 
 /* The configuration of a VLAN is being shown. */
 typedef struct {
@@ -298,9 +258,6 @@ typedef struct {
     uint16_t usVlan;
     uint16_t ausReserved[3];
 } KIVO_EVT_BUILDRUN_S;
-static_assert(sizeof(KIVO_EVT_BUILDRUN_S) == 24, "size");
-static_assert(offsetof(KIVO_EVT_BUILDRUN_S, ullContext) == 8, "offset");
-static_assert(offsetof(KIVO_EVT_BUILDRUN_S, usVlan) == 16, "offset");
 
 /* ---- trunks ---- */
 
@@ -311,8 +268,6 @@ typedef struct {
     uint32_t ulMember;
     uint32_t ulTrunkIndex; /* 0xFFFFFFFF: the host does not know the trunk any more */
 } KIVO_EVT_TRUNK_MEMBER_S;
-static_assert(sizeof(KIVO_EVT_TRUNK_MEMBER_S) == 16, "size");
-static_assert(offsetof(KIVO_EVT_TRUNK_MEMBER_S, ulTrunkIndex) == 12, "offset");
 
 /* A trunk that goes: the second and third argument of the host's notification. */
 typedef struct {
@@ -320,8 +275,6 @@ typedef struct {
     uint32_t ulUserId;
     uint32_t aulHost[2];
 } KIVO_EVT_TRUNK_DEL_S;
-static_assert(sizeof(KIVO_EVT_TRUNK_DEL_S) == 16, "size");
-static_assert(offsetof(KIVO_EVT_TRUNK_DEL_S, aulHost) == 8, "offset");
 
 /* ---- virtual systems ---- */
 
@@ -330,7 +283,5 @@ typedef struct {
     uint32_t ulVrfIndex;
     char szVrfName[32];
 } KIVO_EVT_VSYS_S;
-static_assert(sizeof(KIVO_EVT_VSYS_S) == 36, "size");
-static_assert(offsetof(KIVO_EVT_VSYS_S, szVrfName) == 4, "offset");
 
 #endif

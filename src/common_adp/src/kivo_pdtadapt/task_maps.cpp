@@ -4,6 +4,7 @@
 #include <cstddef>
 
 static_assert(sizeof(KIVO_TASK_VSYS_S) == 36);
+static_assert(offsetof(KIVO_TASK_VSYS_S, szTask) == 0);
 static_assert(offsetof(KIVO_TASK_VSYS_S, ulVsysId) == 32);
 
 /* Names of fewer than four characters stand as the host pads them, or does not. The order is part of the table. */

@@ -2,7 +2,14 @@
 
 #include <uvelcommon_base/uvel_event.h>
 
+#include <cstddef>
 #include <uvelhost/assert.h>
+
+static_assert(sizeof(UVEL_EVENT_ADP_HOOK_S) == 32);
+static_assert(offsetof(UVEL_EVENT_ADP_HOOK_S, pfIfMainProcess) == 0);
+static_assert(offsetof(UVEL_EVENT_ADP_HOOK_S, pfInitDeadloopMon) == 8);
+static_assert(offsetof(UVEL_EVENT_ADP_HOOK_S, pfRegEventCallBack) == 16);
+static_assert(offsetof(UVEL_EVENT_ADP_HOOK_S, pfGetSelfComTypeId) == 24);
 
 static constexpr char SOURCE[] = "src/event/src/srv/event_depfunc";
 

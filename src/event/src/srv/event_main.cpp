@@ -15,11 +15,17 @@
 static constexpr char SOURCE[] = "src/event/src/srv/event_main";
 
 static constexpr uint32_t HEADER_SIZE = sizeof(UVEL_EVENT_HEADER_S);
-static_assert(HEADER_SIZE == 12 && offsetof(UVEL_EVENT_HEADER_S, ulSubEventId) == 4);
+static_assert(sizeof(UVEL_EVENT_HEADER_S) == 12);
+static_assert(offsetof(UVEL_EVENT_HEADER_S, ulEventId) == 0);
+static_assert(offsetof(UVEL_EVENT_HEADER_S, ulSubEventId) == 4);
+static_assert(offsetof(UVEL_EVENT_HEADER_S, ulReserved) == 8);
 
 static constexpr uint32_t ELEMENT_SIZE = sizeof(UVEL_EVENT_ELEMENT_S);
-static_assert(ELEMENT_SIZE == 32 && offsetof(UVEL_EVENT_ELEMENT_S, pMsg) == 8 &&
-              offsetof(UVEL_EVENT_ELEMENT_S, ullReserved) == 24);
+static_assert(sizeof(UVEL_EVENT_ELEMENT_S) == 32);
+static_assert(offsetof(UVEL_EVENT_ELEMENT_S, ullMsgType) == 0);
+static_assert(offsetof(UVEL_EVENT_ELEMENT_S, pMsg) == 8);
+static_assert(offsetof(UVEL_EVENT_ELEMENT_S, ullLength) == 16);
+static_assert(offsetof(UVEL_EVENT_ELEMENT_S, ullReserved) == 24);
 
 static constexpr uint32_t MOST_IN_A_ROW = 200; /* elements of the event queue before the preferred queue's turn */
 static constexpr uint32_t READ_FAILED = 0xFFFFFFFF;

@@ -11,9 +11,22 @@ DLL_S *g_szDllKIVOEvtCBRegTbl;
 uint32_t g_ulLastErrMid;
 
 static_assert(UVEL_EVENT_COUNT * sizeof(DLL_S) == 64000);
-static_assert(sizeof(UVEL_EVENT_NODE_S) == 88 && offsetof(UVEL_EVENT_NODE_S, ulMid) == 24 &&
-              offsetof(UVEL_EVENT_NODE_S, pfCallback) == 40 && offsetof(UVEL_EVENT_NODE_S, ulStartMs) == 64 &&
-              offsetof(UVEL_EVENT_NODE_S, ulLastResult) == 80 && offsetof(UVEL_EVENT_NODE_S, ulWorstMs) == 84);
+static_assert(sizeof(UVEL_EVENT_NODE_S) == 88);
+static_assert(offsetof(UVEL_EVENT_NODE_S, stNode) == 0);
+static_assert(offsetof(UVEL_EVENT_NODE_S, ulMid) == 24);
+static_assert(offsetof(UVEL_EVENT_NODE_S, ulSubKey) == 28);
+static_assert(offsetof(UVEL_EVENT_NODE_S, ucPriority) == 32);
+static_assert(offsetof(UVEL_EVENT_NODE_S, ucContinueOnFailure) == 33);
+static_assert(offsetof(UVEL_EVENT_NODE_S, ucAlsoOnStandby) == 34);
+static_assert(offsetof(UVEL_EVENT_NODE_S, ucUnregistered) == 35);
+static_assert(offsetof(UVEL_EVENT_NODE_S, pfCallback) == 40);
+static_assert(offsetof(UVEL_EVENT_NODE_S, ulCalls) == 48);
+static_assert(offsetof(UVEL_EVENT_NODE_S, ulFailures) == 52);
+static_assert(offsetof(UVEL_EVENT_NODE_S, ulStartSeconds) == 56);
+static_assert(offsetof(UVEL_EVENT_NODE_S, ulStartMs) == 64);
+static_assert(offsetof(UVEL_EVENT_NODE_S, ulTotalMs) == 72);
+static_assert(offsetof(UVEL_EVENT_NODE_S, ulLastResult) == 80);
+static_assert(offsetof(UVEL_EVENT_NODE_S, ulWorstMs) == 84);
 
 namespace {
 

@@ -2,11 +2,26 @@
 
 #include "hook_table.h"
 
+#include <cstddef>
 #include <securec.h>
 #include <uvelcommon_base/kivo_array.h>
 #include <uvelhost/assert.h>
 #include <uvelhost/interface.h>
 #include <uvelhost/mbuf.h>
+
+static_assert(sizeof(KIVO_NOTIFY_S) == 64);
+static_assert(offsetof(KIVO_NOTIFY_S, ucField1) == 0);
+static_assert(offsetof(KIVO_NOTIFY_S, ulField2) == 4);
+static_assert(offsetof(KIVO_NOTIFY_S, ucField3) == 8);
+static_assert(offsetof(KIVO_NOTIFY_S, ulField4) == 12);
+static_assert(offsetof(KIVO_NOTIFY_S, pField5) == 16);
+static_assert(offsetof(KIVO_NOTIFY_S, ulField6) == 24);
+static_assert(offsetof(KIVO_NOTIFY_S, ucField7) == 28);
+static_assert(offsetof(KIVO_NOTIFY_S, pField8) == 32);
+static_assert(offsetof(KIVO_NOTIFY_S, ulField9) == 40);
+static_assert(offsetof(KIVO_NOTIFY_S, pField10) == 48);
+static_assert(offsetof(KIVO_NOTIFY_S, ulField11) == 56);
+static_assert(offsetof(KIVO_NOTIFY_S, ulField12) == 60);
 
 static constexpr char SOURCE[] = "src/common/src/smi/kivo_adaptfunc";
 

@@ -2,12 +2,18 @@
 
 #include "channel.h"
 
+#include <cstddef>
 #include <uvelcommon_base/kivo_chi_reassembly.h>
 #include <uvelhost/assert.h>
 
 using chi::SOURCE;
 
 static_assert(sizeof(CHI_RECV_CTX_S) == 24);
+static_assert(offsetof(CHI_RECV_CTX_S, pBuffer) == 0);
+static_assert(offsetof(CHI_RECV_CTX_S, ulMsgId) == 8);
+static_assert(offsetof(CHI_RECV_CTX_S, ulFragment) == 12);
+static_assert(offsetof(CHI_RECV_CTX_S, ulReceived) == 16);
+static_assert(offsetof(CHI_RECV_CTX_S, ulTotal) == 20);
 
 /* Ends the message in progress. */
 static void Abandon(uint32_t ulBackType, CHI_RECV_CTX_S *pstContext) {

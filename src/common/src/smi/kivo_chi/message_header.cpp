@@ -30,9 +30,12 @@ constexpr uint32_t YSB_MSG_ID = 40;
 constexpr uint32_t YSB_FRAGMENT = 44; /* set by the service */
 
 static_assert(sizeof(CHI_MSG_INFO_S) == 48);
+static_assert(offsetof(CHI_MSG_INFO_S, ulWordA) == 0);
+static_assert(offsetof(CHI_MSG_INFO_S, ulTotalLength) == 4);
 static_assert(offsetof(CHI_MSG_INFO_S, aulWordC) == 8);
 static_assert(offsetof(CHI_MSG_INFO_S, ulSubType) == 24);
 static_assert(offsetof(CHI_MSG_INFO_S, ulMsgType) == 28);
+static_assert(offsetof(CHI_MSG_INFO_S, aucReserved) == 32);
 static_assert(offsetof(CHI_MSG_INFO_S, ulMsgId) == 40);
 static_assert(offsetof(CHI_MSG_INFO_S, ulFragment) == 44);
 

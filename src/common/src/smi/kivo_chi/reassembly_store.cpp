@@ -15,9 +15,18 @@ static constexpr uint32_t BUCKETS = 128;
 static constexpr uint32_t FRAGMENT_OFFSET = 44; /* 16 bits in a fragment's header */
 
 static_assert(sizeof(CHI_RSM_MSG_S) == 56);
+static_assert(offsetof(CHI_RSM_MSG_S, stLink) == 0);
 static_assert(offsetof(CHI_RSM_MSG_S, pBuffer) == 24);
 static_assert(offsetof(CHI_RSM_MSG_S, ulKey) == 32);
+static_assert(offsetof(CHI_RSM_MSG_S, ulMsgId) == 36);
+static_assert(offsetof(CHI_RSM_MSG_S, ulBitMap) == 40);
+static_assert(offsetof(CHI_RSM_MSG_S, ulReceived) == 44);
 static_assert(offsetof(CHI_RSM_MSG_S, ulTotal) == 48);
+static_assert(sizeof(CHI_RSM_CTL_S) == 56);
+static_assert(offsetof(CHI_RSM_CTL_S, ulMid) == 0);
+static_assert(offsetof(CHI_RSM_CTL_S, pstHash) == 8);
+static_assert(offsetof(CHI_RSM_CTL_S, stList) == 16);
+static_assert(offsetof(CHI_RSM_CTL_S, pfError) == 48);
 
 CHI_RSM_CTL_S *g_pstCMMsgReassemCtl[4];
 

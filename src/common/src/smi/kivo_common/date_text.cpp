@@ -4,7 +4,14 @@
 #include <cstddef>
 #include <securec.h>
 
-static_assert(sizeof(SRV_DATE_S) == 8 && offsetof(SRV_DATE_S, ucMonth) == 2 && offsetof(SRV_DATE_S, ucWeekDay) == 7);
+static_assert(sizeof(SRV_DATE_S) == 8);
+static_assert(offsetof(SRV_DATE_S, usYear) == 0);
+static_assert(offsetof(SRV_DATE_S, ucMonth) == 2);
+static_assert(offsetof(SRV_DATE_S, ucDay) == 3);
+static_assert(offsetof(SRV_DATE_S, ucHour) == 4);
+static_assert(offsetof(SRV_DATE_S, ucMinute) == 5);
+static_assert(offsetof(SRV_DATE_S, ucSecond) == 6);
+static_assert(offsetof(SRV_DATE_S, ucWeekDay) == 7);
 
 /* Weekdays in capitals, months in mixed case: a contract, not a slip. */
 static constexpr char WEEK_DAYS[7][4] = {"SUN", "MON", "TUE", "WED", "THU", "FRI", "SAT"};

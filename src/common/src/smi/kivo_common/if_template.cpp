@@ -9,9 +9,13 @@
 
 static constexpr char SOURCE[] = "src/common/src/smi/kivo_common";
 
-static_assert(sizeof(KIVO_IF_TEMPLET_ENTRY_S) == 16 && offsetof(KIVO_IF_TEMPLET_ENTRY_S, pszName) == 8);
-static_assert(sizeof(KIVO_IF_TEMPLET_S) == 16 && offsetof(KIVO_IF_TEMPLET_S, ulCapacity) == 8 &&
-              offsetof(KIVO_IF_TEMPLET_S, ulCount) == 12);
+static_assert(sizeof(KIVO_IF_TEMPLET_ENTRY_S) == 16);
+static_assert(offsetof(KIVO_IF_TEMPLET_ENTRY_S, ulIfType) == 0);
+static_assert(offsetof(KIVO_IF_TEMPLET_ENTRY_S, pszName) == 8);
+static_assert(sizeof(KIVO_IF_TEMPLET_S) == 16);
+static_assert(offsetof(KIVO_IF_TEMPLET_S, pstEntries) == 0);
+static_assert(offsetof(KIVO_IF_TEMPLET_S, ulCapacity) == 8);
+static_assert(offsetof(KIVO_IF_TEMPLET_S, ulCount) == 12);
 
 /* A zeroed block; null also for a size that the memory service cannot express. */
 static void *AllocZeroed(uint32_t ulMid, uint64_t ullSize) {

@@ -12,7 +12,9 @@ uint32_t g_szKIVOPdtMacroDefineCfg[KIVO_PDT_MACRO_NUM];
 uint32_t g_aulSRVCOMMON_Specs[SRVCOMMON_SPEC_NUM];
 uint32_t g_aulSRVCOMMON_Feature[1];
 
-static_assert(sizeof(KIVO_CLI_TEMPLET_S) == 16 && offsetof(KIVO_CLI_TEMPLET_S, ulIfTypeFlag) == 8);
+static_assert(sizeof(KIVO_CLI_TEMPLET_S) == 16);
+static_assert(offsetof(KIVO_CLI_TEMPLET_S, pTemplet) == 0);
+static_assert(offsetof(KIVO_CLI_TEMPLET_S, ulIfTypeFlag) == 8);
 static_assert(sizeof(g_stKIVOCliTemplet) == 16384);
 static_assert(sizeof(g_stKIVOPdtOxmCfg) == 1024 && sizeof(g_szKIVOPdtMacroDefineCfg) == 8192);
 static_assert(sizeof(g_aulKivoTid) == 248 && sizeof(g_KivoModuleIDs) == 300);

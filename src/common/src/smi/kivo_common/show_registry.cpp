@@ -10,8 +10,10 @@ DLL_S g_stDllShowModuleTbl;
 static bool g_bShowFeatureTblReady;
 static bool g_bShowModuleTblReady;
 
-static_assert(sizeof(UVEL_SHOW_NODE_S) == 40 && offsetof(UVEL_SHOW_NODE_S, ulMid) == 24 &&
-              offsetof(UVEL_SHOW_NODE_S, pfShow) == 32);
+static_assert(sizeof(UVEL_SHOW_NODE_S) == 40);
+static_assert(offsetof(UVEL_SHOW_NODE_S, stNode) == 0);
+static_assert(offsetof(UVEL_SHOW_NODE_S, ulMid) == 24);
+static_assert(offsetof(UVEL_SHOW_NODE_S, pfShow) == 32);
 
 /* The head as the end mark of its circle of nodes. */
 static DLL_NODE_S *EndOf(DLL_S &stList) {

@@ -1,0 +1,70 @@
+/* Sizes and offsets that callers were compiled with: a change of one is a change of the interface. */
+#include <cstddef>
+#include <uvelhost/standby_link.h>
+
+static_assert(sizeof(YSB_LINK_CONFIG_S) == 160);
+static_assert(offsetof(YSB_LINK_CONFIG_S, pszListen) == 0);
+static_assert(offsetof(YSB_LINK_CONFIG_S, pszPeer) == 8);
+static_assert(offsetof(YSB_LINK_CONFIG_S, pszCertificate) == 16);
+static_assert(offsetof(YSB_LINK_CONFIG_S, pszKey) == 24);
+static_assert(offsetof(YSB_LINK_CONFIG_S, pszAuthority) == 32);
+static_assert(offsetof(YSB_LINK_CONFIG_S, pszPeerName) == 40);
+static_assert(offsetof(YSB_LINK_CONFIG_S, ulRole) == 48);
+static_assert(offsetof(YSB_LINK_CONFIG_S, ulPriority) == 52);
+static_assert(offsetof(YSB_LINK_CONFIG_S, ulTakeoverMs) == 56);
+static_assert(offsetof(YSB_LINK_CONFIG_S, ulCpuNum) == 60);
+static_assert(offsetof(YSB_LINK_CONFIG_S, ulBoard) == 64);
+static_assert(offsetof(YSB_LINK_CONFIG_S, ulPeerBoard) == 68);
+static_assert(offsetof(YSB_LINK_CONFIG_S, ulMtu) == 72);
+static_assert(offsetof(YSB_LINK_CONFIG_S, ulMaxMessage) == 76);
+static_assert(offsetof(YSB_LINK_CONFIG_S, ulWindow) == 80);
+static_assert(offsetof(YSB_LINK_CONFIG_S, ulSendWaitMs) == 84);
+static_assert(offsetof(YSB_LINK_CONFIG_S, ulHeartbeatMs) == 88);
+static_assert(offsetof(YSB_LINK_CONFIG_S, ulTimeoutMs) == 92);
+static_assert(offsetof(YSB_LINK_CONFIG_S, ulRetryMinMs) == 96);
+static_assert(offsetof(YSB_LINK_CONFIG_S, ulRetryMaxMs) == 100);
+static_assert(offsetof(YSB_LINK_CONFIG_S, pContext) == 104);
+static_assert(offsetof(YSB_LINK_CONFIG_S, pfReceive) == 112);
+static_assert(offsetof(YSB_LINK_CONFIG_S, pfPeerIsNew) == 120);
+static_assert(offsetof(YSB_LINK_CONFIG_S, pfBatch) == 128);
+static_assert(offsetof(YSB_LINK_CONFIG_S, pfBatchDelivered) == 136);
+static_assert(offsetof(YSB_LINK_CONFIG_S, pfPeerBatch) == 144);
+static_assert(offsetof(YSB_LINK_CONFIG_S, pfStateChanged) == 152);
+
+static_assert(sizeof(YSB_LINK_STATE_S) == 28);
+static_assert(offsetof(YSB_LINK_STATE_S, ulConnected) == 0);
+static_assert(offsetof(YSB_LINK_STATE_S, ulActive) == 4);
+static_assert(offsetof(YSB_LINK_STATE_S, ulPeerActive) == 8);
+static_assert(offsetof(YSB_LINK_STATE_S, ulBackup) == 12);
+static_assert(offsetof(YSB_LINK_STATE_S, ulTerm) == 16);
+static_assert(offsetof(YSB_LINK_STATE_S, ulPeerCpuNum) == 20);
+static_assert(offsetof(YSB_LINK_STATE_S, ulPort) == 24);
+
+static_assert(sizeof(YSB_LINK_COUNTERS_S) == 344);
+static_assert(offsetof(YSB_LINK_COUNTERS_S, ulMessagesSent) == 0);
+static_assert(offsetof(YSB_LINK_COUNTERS_S, ulPacketsSent) == 8);
+static_assert(offsetof(YSB_LINK_COUNTERS_S, ulBytesSent) == 16);
+static_assert(offsetof(YSB_LINK_COUNTERS_S, ulPacketsReceived) == 24);
+static_assert(offsetof(YSB_LINK_COUNTERS_S, ulBytesReceived) == 32);
+static_assert(offsetof(YSB_LINK_COUNTERS_S, ulAcknowledged) == 40);
+static_assert(offsetof(YSB_LINK_COUNTERS_S, ulResent) == 48);
+static_assert(offsetof(YSB_LINK_COUNTERS_S, ulBytesHeld) == 56);
+static_assert(offsetof(YSB_LINK_COUNTERS_S, ulRefusedNoPeer) == 64);
+static_assert(offsetof(YSB_LINK_COUNTERS_S, ulRefusedWindow) == 72);
+static_assert(offsetof(YSB_LINK_COUNTERS_S, ulRefusedTooLarge) == 80);
+static_assert(offsetof(YSB_LINK_COUNTERS_S, ulRefusedMalformed) == 88);
+static_assert(offsetof(YSB_LINK_COUNTERS_S, ulRefusedMemory) == 96);
+static_assert(offsetof(YSB_LINK_COUNTERS_S, ulConnects) == 104);
+static_assert(offsetof(YSB_LINK_COUNTERS_S, ulDisconnects) == 112);
+static_assert(offsetof(YSB_LINK_COUNTERS_S, ulFailedConnects) == 120);
+static_assert(offsetof(YSB_LINK_COUNTERS_S, ulTimeouts) == 128);
+static_assert(offsetof(YSB_LINK_COUNTERS_S, ulViolations) == 136);
+static_assert(offsetof(YSB_LINK_COUNTERS_S, ulOverlong) == 144);
+static_assert(offsetof(YSB_LINK_COUNTERS_S, ulResumed) == 152);
+static_assert(offsetof(YSB_LINK_COUNTERS_S, ulNewStreams) == 160);
+static_assert(offsetof(YSB_LINK_COUNTERS_S, ulPeerStreams) == 168);
+static_assert(offsetof(YSB_LINK_COUNTERS_S, ulBatches) == 176);
+static_assert(offsetof(YSB_LINK_COUNTERS_S, ulBatchesDelivered) == 184);
+static_assert(offsetof(YSB_LINK_COUNTERS_S, ulPeerBatches) == 192);
+static_assert(offsetof(YSB_LINK_COUNTERS_S, aulRefused) == 200);
+static_assert(offsetof(YSB_LINK_COUNTERS_S, aulRefusedBy) == 272);

@@ -1,0 +1,10 @@
+# cmake -P remove_run_path.cmake FOLDER: the libraries below the folder no longer say where to look for others.
+file(GLOB_RECURSE libraries ${CMAKE_ARGV3}/*.so.*)
+if(NOT libraries)
+    message(FATAL_ERROR "there are no libraries below ${CMAKE_ARGV3}")
+endif()
+foreach(library IN LISTS libraries)
+    if(NOT IS_SYMLINK ${library})
+        file(RPATH_REMOVE FILE ${library})
+    endif()
+endforeach()

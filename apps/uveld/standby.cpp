@@ -83,6 +83,13 @@ void OnState(void *context) {
     });
 }
 
+void OnProgress(void *context) {
+    ForParts(context, [](const UVELD_STANDBY_S &standby) {
+        if (standby.pfProgress != nullptr)
+            standby.pfProgress();
+    });
+}
+
 } // namespace
 
 void OpenLink(const StandbyConfiguration &configuration, const Modules &modules) {
@@ -108,6 +115,7 @@ void OpenLink(const StandbyConfiguration &configuration, const Modules &modules)
     link.pfBatchDelivered = OnBatchDelivered;
     link.pfPeerBatch = OnPeerBatch;
     link.pfStateChanged = OnState;
+    link.pfProgress = OnProgress;
     char error[256] = "";
     if (YSB_Link_Open(&link, error, sizeof error) != UVELHOST_OK)
         throw std::runtime_error(std::string("the standby link cannot be opened: ") + error);

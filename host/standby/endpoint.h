@@ -41,7 +41,8 @@ class EndpointOwner {
     virtual void BatchDelivered(uint32_t batch) = 0;
     virtual void PeerBatch(bool begins) = 0;
     virtual void StateChanged() = 0;
-    virtual void Wake() = 0; /* there is something to send; any thread */
+    virtual void Progress() = 0; /* Fate may answer otherwise than before */
+    virtual void Wake() = 0;     /* there is something to send; any thread */
 
   protected:
     ~EndpointOwner() = default;
@@ -65,6 +66,9 @@ class Endpoint {
     void TellVersions();
     YSB_LINK_STATE_S State() const;
     std::size_t BytesHeld() const;
+    /* See YSB_Link_GetPosition and YSB_Link_GetFate. */
+    uint64_t Position() const;
+    uint32_t Fate(uint64_t position) const;
     /* Ends all waiting for room, for good. */
     void Shut();
 
@@ -101,6 +105,7 @@ class Endpoint {
         uint32_t batch_wanted = 0;
         uint32_t batch_delivered = 0;
         bool state_changed = false;
+        bool progress = false;
     };
     void Make(const Calls &calls);
 

@@ -56,6 +56,7 @@ void Endpoint::Lost() {
         alone_since_ = last_in_;
         counters_.Add(&C::ulDisconnects);
         owner_.StateChanged();
+        owner_.Progress();
     }
 }
 
@@ -332,6 +333,7 @@ Endpoint::Step Endpoint::OnAcknowledge(const Frame &frame) {
         if (frame.head.length != 0 || !stream_.Acknowledge(frame.head.number))
             return Close("the peer acknowledged what it was not sent", &C::ulViolations);
         counters_.Add(&C::ulAcknowledged, stream_.Acknowledged() - before);
+        calls.progress = stream_.Acknowledged() != before;
         if (batch_end_ != 0 && stream_.Acknowledged() >= batch_end_ && !delivered_) {
             delivered_ = true;
             counters_.Add(&C::ulBatchesDelivered);

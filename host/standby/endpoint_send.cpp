@@ -37,6 +37,8 @@ Endpoint::Endpoint(EndpointSettings settings, EndpointOwner &owner, Counters &co
 void Endpoint::Make(const Calls &calls) {
     if (calls.state_changed)
         owner_.StateChanged();
+    if (calls.progress)
+        owner_.Progress();
     if (calls.batch_delivered != 0)
         owner_.BatchDelivered(calls.batch_delivered);
     if (calls.batch_wanted != 0)
@@ -83,7 +85,7 @@ bool Endpoint::WaitForRoom(std::unique_lock<std::mutex> &lock, std::size_t bytes
     ++waiting_;
     if (patience == Patience::BATCH)
         room_.wait(lock, settled);
-    else if (patience == Patience::SHORT && attached_)
+    else if (patience == Patience::SHORT && attached_ && !gap_) /* with a gap everything is sent again anyway */
         room_.wait_until(lock, until, [&] { return settled() || !attached_; });
     --waiting_;
     /* A batch belongs to the stream it was asked for. */
@@ -270,6 +272,19 @@ YSB_LINK_STATE_S Endpoint::State() const {
 std::size_t Endpoint::BytesHeld() const {
     std::lock_guard lock(lock_);
     return stream_.Held();
+}
+
+/* Only while the peer has everything and follows: before, and after a message was refused, a position says nothing. */
+uint64_t Endpoint::Position() const {
+    std::lock_guard lock(lock_);
+    return up_ && delivered_ && !gap_ ? stream_.Position() : 0;
+}
+
+uint32_t Endpoint::Fate(uint64_t position) const {
+    std::lock_guard lock(lock_);
+    if (position > stream_.EarlierPosition() && position <= stream_.TakenPosition())
+        return YSB_LINK_FATE_TAKEN;
+    return up_ && position > stream_.EarlierPosition() ? YSB_LINK_FATE_PENDING : YSB_LINK_FATE_UNKNOWN;
 }
 
 void Endpoint::Shut() {

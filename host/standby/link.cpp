@@ -191,6 +191,11 @@ void Link::StateChanged() {
         config_.pfStateChanged(config_.pContext);
 }
 
+void Link::Progress() {
+    if (config_.pfProgress != nullptr)
+        config_.pfProgress(config_.pContext);
+}
+
 void Link::Wake() {
     if (!idle_.load() || !idle_.exchange(false))
         return;

@@ -30,6 +30,8 @@ class Link final : private EndpointOwner {
     void TellVersions() { endpoint_.TellVersions(); }
     YSB_LINK_STATE_S State() const;
     YSB_LINK_COUNTERS_S CopyCounters();
+    uint64_t Position() const { return endpoint_.Position(); }
+    uint32_t Fate(uint64_t position) const { return endpoint_.Fate(position); }
     uint32_t CpuNum() const { return settings_.cpus; }
     bool IsActive() const { return active_.load(std::memory_order_relaxed); }
     bool IsConnected() const { return connected_.load(std::memory_order_relaxed); }
@@ -59,6 +61,7 @@ class Link final : private EndpointOwner {
     void BatchDelivered(uint32_t batch) override;
     void PeerBatch(bool begins) override;
     void StateChanged() override;
+    void Progress() override;
     void Wake() override;
 
     void Publish();

@@ -9,6 +9,7 @@ void SendStream::Restart(uint64_t name) {
         DropFront();
     sending_ = 0;
     name_ = name;
+    earlier_ += next_ - 1;
     next_ = 1;
     sent_ = acknowledged_ = 0;
 }

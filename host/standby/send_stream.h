@@ -54,6 +54,12 @@ class SendStream {
     uint64_t Acknowledged() const { return acknowledged_; }
     std::size_t Held() const { return held_; }
 
+    /* Numbers that go on growing when the stream begins anew: of the frame appended last, of the last one that the peer
+     * has taken, of the last one of earlier streams. */
+    uint64_t Position() const { return earlier_ + next_ - 1; }
+    uint64_t TakenPosition() const { return earlier_ + acknowledged_; }
+    uint64_t EarlierPosition() const { return earlier_; }
+
   private:
     struct Chunk {
         uint8_t *bytes = nullptr;
@@ -82,6 +88,7 @@ class SendStream {
     std::size_t window_;
     std::size_t held_ = 0; /* bytes in all chunks */
     uint64_t name_ = 0;
+    uint64_t earlier_ = 0; /* frames of earlier streams */
     uint64_t next_ = 1;
     uint64_t sent_ = 0;
     uint64_t acknowledged_ = 0;

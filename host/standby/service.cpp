@@ -172,6 +172,16 @@ uint32_t YSB_Link_GetCounters(YSB_LINK_COUNTERS_S *pstCounters) {
     return UVELHOST_OK;
 }
 
+uint64_t YSB_Link_GetPosition(void) {
+    const LinkInUse link;
+    return link ? link->Position() : 0;
+}
+
+uint32_t YSB_Link_GetFate(uint64_t ulPosition) {
+    const LinkInUse link;
+    return link ? link->Fate(ulPosition) : YSB_LINK_FATE_UNKNOWN;
+}
+
 const char *YSB_Link_RefusalText(uint32_t ulRefusal) {
     static constexpr const char *TEXTS[YSB_LINK_REFUSALS] = {
         "for no known reason",

@@ -34,6 +34,7 @@ struct Side final : EndpointOwner {
     void BatchDelivered(uint32_t) override {}
     void PeerBatch(bool) override {}
     void StateChanged() override {}
+    void Progress() override {}
     void Wake() override {}
 
     bool Say(uint32_t number, uint32_t size) {

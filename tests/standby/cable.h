@@ -48,6 +48,7 @@ class Side final : private uvel::host::standby::EndpointOwner {
     uint32_t batch_wanted = 0;
     int news = 0;
     int states = 0;
+    int progress = 0;
     int broken = 0; /* fragments that did not fit together */
 
   private:
@@ -57,6 +58,7 @@ class Side final : private uvel::host::standby::EndpointOwner {
     void BatchDelivered(uint32_t batch) override { delivered.push_back(batch); }
     void PeerBatch(bool begins) override;
     void StateChanged() override { ++states; }
+    void Progress() override { ++progress; }
     void Wake() override {}
     void Apply(uint32_t key, bool erase, const std::string &value);
 

@@ -284,6 +284,64 @@ TEST_F(Pair, ThatHasAgreedMakesUpForWhatFoundNoRoom) {
     EXPECT_TRUE(a.own == b.copy);
 }
 
+TEST_F(Pair, KnowsWhatThePeerHasTaken) {
+    EXPECT_EQ(0u, a.endpoint.Position());
+    Connect();
+    a.Say("early");
+    EXPECT_EQ(0u, a.endpoint.Position()) << "the peer still has to get everything";
+    Settle(cable, a, b, NOW);
+    a.Say("one");
+    const uint64_t one = a.endpoint.Position();
+    a.Say("two");
+    const uint64_t two = a.endpoint.Position();
+    EXPECT_LT(0u, one);
+    EXPECT_LT(one, two);
+    EXPECT_EQ(YSB_LINK_FATE_PENDING, a.endpoint.Fate(one));
+    const int before = a.progress;
+    cable.Carry(NOW);
+    EXPECT_LT(before, a.progress);
+    EXPECT_EQ(YSB_LINK_FATE_TAKEN, a.endpoint.Fate(one));
+    EXPECT_EQ(YSB_LINK_FATE_TAKEN, a.endpoint.Fate(two));
+    EXPECT_EQ(YSB_LINK_FATE_UNKNOWN, a.endpoint.Fate(0));
+}
+
+TEST_F(Pair, DoesNotKnowWhatBecameOfWhatAPeerThatWentAwayDidNotAcknowledge) {
+    Connect();
+    Settle(cable, a, b, NOW);
+    a.Say("taken");
+    const uint64_t taken = a.endpoint.Position();
+    cable.Carry(NOW);
+    a.Say("lost");
+    const uint64_t lost = a.endpoint.Position();
+    const int before = a.progress;
+    cable.Cut();
+    EXPECT_LT(before, a.progress);
+    EXPECT_EQ(0u, a.endpoint.Position());
+    EXPECT_EQ(YSB_LINK_FATE_TAKEN, a.endpoint.Fate(taken));
+    EXPECT_EQ(YSB_LINK_FATE_UNKNOWN, a.endpoint.Fate(lost));
+
+    Side fresh(Settings("b", "a"), NOW);
+    Cable second(a, fresh);
+    Settle(second, a, fresh, NOW);
+    a.Say("to the new peer");
+    const uint64_t later = a.endpoint.Position();
+    EXPECT_LT(lost, later) << "positions grow through streams";
+    second.Carry(NOW);
+    EXPECT_EQ(YSB_LINK_FATE_TAKEN, a.endpoint.Fate(later));
+    EXPECT_EQ(YSB_LINK_FATE_UNKNOWN, a.endpoint.Fate(lost)) << "the new peer has it from the batch, if at all";
+}
+
+TEST_F(Pair, HasNoPositionWhileAMessageIsMissing) {
+    Connect();
+    Settle(cable, a, b, NOW);
+    for (uint32_t i = 0; a.Set(i % 5, std::string(60000, 'x')) == Sending::ACCEPTED; ++i)
+        ASSERT_LT(i, 100u);
+    EXPECT_EQ(0u, a.endpoint.Position());
+    cable.Carry(NOW);
+    Settle(cable, a, b, NOW);
+    EXPECT_LT(0u, a.endpoint.Position());
+}
+
 TEST_F(Pair, KeepsAnOvertakenBatchFromCountingAsDelivered) {
     Connect();
     const uint32_t first = a.batch_wanted;

@@ -26,10 +26,10 @@
  * YSB_Link_BatchDone.
  *
  * Threads: pfBatch is called on a thread of its own, on which output waits for room in the window as long as the link
- * is open. pfStateChanged is called on any thread. All other callbacks are called on the link's thread, which they must
- * not hold up; output from there does not wait. On other threads output waits for ulSendWaitMs at most. A message that finds no room is refused and counted, and
- * everything is asked for again when there is room: nothing is lost silently. YSB_Link_Open and YSB_Link_Close must not
- * be called from callbacks. */
+ * is open. pfStateChanged and pfProgress are called on any thread. All other callbacks are called on the link's thread,
+ * which they must not hold up; output from there does not wait. On other threads output waits for ulSendWaitMs at most.
+ * A message that finds no room is refused and counted, and everything is asked for again when there is room: nothing is
+ * lost silently. YSB_Link_Open and YSB_Link_Close must not be called from callbacks. */
 #ifndef UVELHOST_STANDBY_LINK_H
 #define UVELHOST_STANDBY_LINK_H
 
@@ -100,6 +100,8 @@ typedef struct {
     void (*pfPeerBatch)(void *pContext, uint32_t ulBegins);
     /* Connection, role or backup state has changed: YSB_Link_GetState tells. May be null. */
     void (*pfStateChanged)(void *pContext);
+    /* The peer has taken more, or is gone: YSB_Link_GetFate may answer otherwise than before. May be null. */
+    void (*pfProgress)(void *pContext);
 } YSB_LINK_CONFIG_S;
 
 typedef struct {
@@ -170,6 +172,21 @@ UVELHOST_API uint32_t YSB_Link_GetState(YSB_LINK_STATE_S *pstState);
 
 /* Copies the counters. Fails for null and without a link. */
 UVELHOST_API uint32_t YSB_Link_GetCounters(YSB_LINK_COUNTERS_S *pstCounters);
+
+/* ---- knowing that the peer has it ----
+ * Whoever promises somebody else that a change is on both devices gives it to an output operation, asks for the
+ * position, and keeps the promise back until the peer has taken everything up to there (pfProgress). */
+
+/* Position of what was given to the output operations up to now, on any thread; it only grows. 0 when it would say
+ * nothing: without a link and without a peer, while the peer still has to get everything, and when a message found no
+ * room: then there is nothing to wait for. */
+UVELHOST_API uint64_t YSB_Link_GetPosition(void);
+
+/* What has become of everything up to a position. A callback of the peer that has returned is what counts as taken. */
+#define YSB_LINK_FATE_PENDING 0U /* on its way */
+#define YSB_LINK_FATE_TAKEN 1U
+#define YSB_LINK_FATE_UNKNOWN 2U /* the peer went away before it said so; it gets what is missing when it is back */
+UVELHOST_API uint32_t YSB_Link_GetFate(uint64_t ulPosition);
 
 /* What a refusal means, for people; never null. */
 UVELHOST_API const char *YSB_Link_RefusalText(uint32_t ulRefusal);

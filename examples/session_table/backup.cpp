@@ -9,10 +9,11 @@ namespace session_table {
 namespace {
 
 constexpr uint32_t MESSAGE_TYPE = 2; /* channel type of a table's changes */
+constexpr char ALONE[] = "ok alone";
 
 } // namespace
 
-void Backup::Output(Change change, const Session &session) {
+void Backup::Send(Change change, const Session &session) {
     void *buffer = nullptr;
     if (CBUF_Alloc(CHI_BACK_YSB, &buffer, MESSAGE_SIZE) != KIVO_OK) {
         YSB_Link_StartBatch(); /* what cannot be said now is said again with all the rest */
@@ -31,14 +32,9 @@ void Backup::Output(Change change, const Session &session) {
     CHI_YSB_OutputPacket(mod_id_, reinterpret_cast<uintptr_t>(buffer), CHI_ANY_CHANNEL, length);
 }
 
-void Backup::Send(Change change, const Session &session) {
-    if (active_.load())
-        Output(change, session);
-}
-
 void Backup::SendAll() {
-    if (active_.load())
-        sessions_->ForAll([this](const Session &session) { Output(Change::ADDED, session); });
+    if (sessions_->IsActive())
+        sessions_->TellAll([this](Change change, const Session &session) { Send(change, session); });
 }
 
 void Backup::Receive(void *message) {
@@ -49,18 +45,28 @@ void Backup::Receive(void *message) {
         !ReadMessage(static_cast<const uint8_t *>(CBUF_C2D(CHI_BACK_YSB, message)), info.ulTotalLength, &change,
                      &session))
         ++malformed_;
-    else if (!active_.load())
+    else
         sessions_->Apply(change, session);
     CBUF_Free(CHI_BACK_YSB, message);
 }
 
 void Backup::PeerBatch(bool begins) {
-    if (active_.load())
-        return;
     if (begins)
         sessions_->BeginBatch();
     else
         sessions_->EndOfBatch();
+}
+
+Reply Backup::Promise() {
+    const uint64_t position = YSB_Link_GetPosition();
+    return position == 0 ? Reply(ALONE) : Reply("ok", position);
+}
+
+bool Backup::IsKept(Reply *promise) {
+    const uint32_t fate = YSB_Link_GetFate(promise->wait_for);
+    if (fate == YSB_LINK_FATE_UNKNOWN)
+        promise->text = ALONE;
+    return fate != YSB_LINK_FATE_PENDING;
 }
 
 } // namespace session_table

@@ -3,6 +3,7 @@
 
 #include <atomic>
 
+#include "server.h"
 #include "sessions.h"
 
 namespace session_table {
@@ -12,25 +13,29 @@ class Backup {
     /* `mod_id` names the module's messages on the link, the same on both devices. */
     Backup(Sessions *sessions, uint32_t mod_id) : sessions_(sessions), mod_id_(mod_id) {}
 
-    /* Sends a change. Called in the order of the changes, with the table locked. On a device that is not the active one
-     * nothing is sent: its changes are the peer's. */
+    /* Sends a change. Called in the order of the changes, with the table locked. */
     void Send(Change change, const Session &session);
+
+    /* Sends all sessions of the active device; may wait for room. */
+    void SendAll();
 
     /* A message of the peer: a channel buffer, which is freed. */
     void Receive(void *message);
-    void SendAll();
+
+    /* A batch of the peer begins or is complete. */
     void PeerBatch(bool begins);
-    void SetActive(bool active) { active_.store(active); }
+
+    /* The answer to somebody whose change was carried out and sent: it waits until the peer has the change, or says that
+     * it is on this device alone. */
+    static Reply Promise();
+    static bool IsKept(Reply *promise);
 
     /* Messages of the peer that were not understood. */
     uint64_t MalformedMessages() const { return malformed_.load(); }
 
   private:
-    void Output(Change change, const Session &session);
-
     Sessions *sessions_;
     uint32_t mod_id_;
-    std::atomic<bool> active_{false};
     std::atomic<uint32_t> message_id_{0};
     std::atomic<uint64_t> malformed_{0};
 };

@@ -99,15 +99,13 @@ std::string TextOf(const Session &session) {
 
 std::string Show(const Sessions &sessions, const Words &words) {
     Mac mac;
-    Session session;
     if (words.size() != 2)
         return "error show takes MAC";
     const std::string reason = ReadMac(words[1], &mac);
     if (!reason.empty())
         return "error " + reason;
-    if (!sessions.Find(mac, &session))
-        return "error there is no session of this MAC address";
-    return "session " + TextOf(session);
+    const std::optional<Session> session = sessions.Look(mac);
+    return session ? "session " + TextOf(*session) : "error there is no session of this MAC address";
 }
 
 std::string ShowDigest(const Sessions &sessions) {
@@ -118,7 +116,7 @@ std::string ShowDigest(const Sessions &sessions) {
 }
 
 std::string Result(const std::string &reason) {
-    return reason.empty() ? "ok" : "error " + reason;
+    return reason.empty() ? DONE : "error " + reason;
 }
 
 } // namespace

@@ -16,6 +16,7 @@
 namespace session_table {
 
 constexpr size_t MAX_LINE_BYTES = 512;
+constexpr char DONE[] = "ok"; /* answer to a change that was made */
 
 /* The answer to a line, without its end. `now` is the start time of a session that logs on. */
 std::string Answer(Sessions *sessions, std::string_view line, uint32_t now);

@@ -35,12 +35,18 @@ struct Module {
     Sessions sessions;
     Backup backup;
     Server server;
+    bool has_link = false;
 
     Module(const UVELD_CONTEXT_S *context, const Settings &settings)
         : uveld(context), sessions(MID, settings), backup(&sessions, KIVO_Ysb_MOID_Get(MID, 0, 0, 0, 0, 0, 0, 0)),
-          server([this](const std::string &line) { return Answer(&sessions, line, SRV_GmTmNowInSec()); },
-                 MAX_LINE_BYTES) {
+          server([this](const std::string &line) { return AnswerTo(line); }, Backup::IsKept, MAX_LINE_BYTES) {
         sessions.SetListener([this](Change change, const Session &session) { backup.Send(change, session); });
+    }
+
+    /* A device that has a peer promises no change before it is on both. */
+    Reply AnswerTo(const std::string &line) {
+        std::string answer = Answer(&sessions, line, SRV_GmTmNowInSec());
+        return has_link && answer == DONE ? Backup::Promise() : Reply(std::move(answer));
     }
 
     void Log(uint32_t level, const std::string &text) const { uveld->pfLog(uveld->pModule, level, text.c_str()); }
@@ -103,7 +109,7 @@ bool RegisterForEvents() {
 /* ---- standby ---- */
 
 void OnRole(uint32_t active) {
-    g_module->backup.SetActive(active == 1);
+    g_module->sessions.SetActive(active == 1);
     const Digest digest = g_module->sessions.GetDigest();
     g_module->Log(UVELD_LOG_INFO, std::string("this device is ") + (active == 1 ? "the active one" : "on standby") +
                                       " with " + std::to_string(digest.count) + " sessions");
@@ -116,10 +122,12 @@ void TakePartInStandby(const UVELD_CONTEXT_S *context) {
     standby.pfBatch = [] { g_module->backup.SendAll(); };
     standby.pfPeerBatch = [](uint32_t begins) { g_module->backup.PeerBatch(begins == 1); };
     standby.pfRole = OnRole;
+    standby.pfProgress = [] { g_module->server.LookAgain(); };
     if (context->pfStandby(context->pModule, &standby) != 0)
-        g_module->backup.SetActive(true); /* without a link this device is all there is */
-    else
-        KIVO_Ysb_LocalVersion_Register(standby.ulModId, MESSAGE_VERSION, 1, 0, 0, 0, 0, 0);
+        return; /* without a link this device is all there is */
+    g_module->has_link = true;
+    g_module->sessions.SetActive(false); /* until the pair has found its roles */
+    KIVO_Ysb_LocalVersion_Register(standby.ulModId, MESSAGE_VERSION, 1, 0, 0, 0, 0, 0);
 }
 
 /* ---- life ---- */

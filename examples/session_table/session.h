@@ -18,6 +18,8 @@ struct Session {
     uint32_t ipv4 = 0;  /* 0: none */
     std::array<uint8_t, 16> ipv6{};
     char name[NAME_SIZE]{};
+
+    bool operator==(const Session &) const = default;
 };
 
 /* What a message says about a session. */

@@ -6,6 +6,8 @@
 
 namespace session_table {
 
+static constexpr char ON_STANDBY[] = "this device is on standby";
+
 /* Empty, or why this session must not be. */
 std::string Sessions::Check(const Session &session) const {
     const auto *name = reinterpret_cast<const uint8_t *>(session.name);
@@ -32,11 +34,25 @@ void Sessions::Tell(Change change, const Session &session) const {
         listener_(change, session);
 }
 
+void Sessions::SetActive(bool active) {
+    const std::lock_guard lock(lock_);
+    active_ = active;
+}
+
+bool Sessions::IsActive() const {
+    const std::lock_guard lock(lock_);
+    return active_;
+}
+
 std::string Sessions::LogOn(const Session &session) {
     std::string reason = Check(session);
-    if (!reason.empty())
-        return reason;
+    return reason.empty() ? Add(session) : reason;
+}
+
+std::string Sessions::Add(const Session &session) {
     const std::lock_guard lock(lock_);
+    if (!active_)
+        return ON_STANDBY;
     switch (store_.Add(session)) {
     case Store::Result::OK:
         Tell(Change::ADDED, session);
@@ -53,6 +69,8 @@ std::string Sessions::LogOn(const Session &session) {
 
 std::string Sessions::LogOff(const Mac &mac) {
     const std::lock_guard lock(lock_);
+    if (!active_)
+        return ON_STANDBY;
     Session removed;
     if (!store_.Remove(mac, &removed))
         return "there is no session of this MAC address";
@@ -62,18 +80,18 @@ std::string Sessions::LogOff(const Mac &mac) {
 
 uint32_t Sessions::End(uint32_t ifindex, uint32_t vlan) {
     const std::lock_guard lock(lock_);
+    if (!active_)
+        return 0;
     const std::vector<Session> ended = store_.RemoveOnInterface(ifindex, vlan);
     for (const Session &session : ended)
         Tell(Change::REMOVED, session);
     return static_cast<uint32_t>(ended.size());
 }
 
-bool Sessions::Find(const Mac &mac, Session *session) const {
+std::optional<Session> Sessions::Look(const Mac &mac) const {
     const std::lock_guard lock(lock_);
     const Session *found = store_.Find(mac);
-    if (found != nullptr)
-        *session = *found;
-    return found != nullptr;
+    return found == nullptr ? std::nullopt : std::optional(*found);
 }
 
 Digest Sessions::GetDigest() const {
@@ -83,6 +101,8 @@ Digest Sessions::GetDigest() const {
 
 void Sessions::Apply(Change change, const Session &session) {
     const std::lock_guard lock(lock_);
+    if (active_)
+        return;
     if (change == Change::ADDED)
         (void)store_.Put(session);
     else
@@ -91,19 +111,36 @@ void Sessions::Apply(Change change, const Session &session) {
 
 void Sessions::BeginBatch() {
     const std::lock_guard lock(lock_);
-    store_.MarkAll();
+    if (!active_)
+        store_.MarkAll();
 }
 
 uint32_t Sessions::EndOfBatch() {
     const std::lock_guard lock(lock_);
-    return static_cast<uint32_t>(store_.RemoveMarked().size());
+    return active_ ? 0 : static_cast<uint32_t>(store_.RemoveMarked().size());
 }
 
-void Sessions::ForAll(const std::function<void(const Session &)> &send) const {
+/* The peer must end with what stands here, whatever is said on other threads meanwhile: who changed the session told the
+ * peer so, perhaps before this did with what it still was. Looking again afterwards settles it, since a later change is
+ * told later. */
+void Sessions::TellAsItIs(const Session &session, const Listener &listener) const {
+    listener(Change::ADDED, session);
+    std::optional<Session> told = session;
+    for (std::optional<Session> now = Look(session.mac); now != told; now = Look(session.mac)) {
+        told = now;
+        listener(now ? Change::ADDED : Change::REMOVED, now.value_or(session));
+    }
+}
+
+void Sessions::TellAll(const Listener &listener) const {
     for (uint32_t bucket = 0; bucket < Store::BucketCount(); ++bucket) {
-        const std::lock_guard lock(lock_);
-        for (const Session &session : store_.InBucket(bucket))
-            send(session);
+        std::vector<Session> sessions;
+        {
+            const std::lock_guard lock(lock_);
+            sessions = store_.InBucket(bucket);
+        }
+        for (const Session &session : sessions)
+            TellAsItIs(session, listener);
     }
 }
 

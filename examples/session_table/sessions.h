@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <mutex>
+#include <optional>
 #include <string>
 
 #include "settings.h"
@@ -25,33 +26,42 @@ class Sessions {
     /* Empty when there was such a session, otherwise the reason. */
     std::string LogOff(const Mac &mac);
 
-    /* The interface went down or away: its sessions end. Their number. */
+    /* Only the active device changes its table by itself; one on standby follows its peer's (Apply). A new table is
+     * active. */
+    void SetActive(bool active);
+    bool IsActive() const;
+
+    /* The interface went down or away: its sessions end, on the active device. Their number. */
     uint32_t InterfaceDown(uint32_t ifindex) { return End(ifindex, Store::ANY_VLAN); }
 
     /* The port left a VLAN: its sessions there end. Their number. */
     uint32_t PortLeftVlan(uint32_t ifindex, uint32_t vlan) { return End(ifindex, vlan); }
 
-    bool Find(const Mac &mac, Session *session) const;
+    std::optional<Session> Look(const Mac &mac) const;
     Digest GetDigest() const;
 
-    /* A change that the peer made. */
+    /* A change that the peer made; the active device does not listen. */
     void Apply(Change change, const Session &session);
 
     /* The peer sends everything: what it does not send until EndOfBatch is gone. The number that was. */
     void BeginBatch();
     uint32_t EndOfBatch();
 
-    /* Calls `send` for all sessions, piece by piece, with the table locked during a piece. */
-    void ForAll(const std::function<void(const Session &)> &send) const;
+    /* Tells `listener` of all sessions as if they were just added, without locking the table while it is told: it may
+     * wait. A session that changes meanwhile is told again, so that what was told last is how it is. */
+    void TellAll(const Listener &listener) const;
 
   private:
     std::string Check(const Session &session) const;
+    std::string Add(const Session &session);
     uint32_t End(uint32_t ifindex, uint32_t vlan);
     void Tell(Change change, const Session &session) const;
+    void TellAsItIs(const Session &session, const Listener &listener) const;
 
     const Settings settings_;
     Listener listener_;
     mutable std::mutex lock_;
+    bool active_ = true;
     Store store_;
 };
 

@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <gtest/gtest.h>
+#include <map>
 #include <random>
 #include <uvelhost/model.h>
 
@@ -152,15 +153,45 @@ TEST_F(SessionTable, EndsOnlyTheSessionsOfTheVlanThatAPortLeft) {
 
 TEST_F(SessionTable, IsEqualAfterABatchWhateverWasThereBefore) {
     Sessions other(0xC2400000, settings_);
+    other.SetActive(false);
     for (uint32_t i = 1; i <= 20; ++i)
         ASSERT_EQ("", sessions_.LogOn(SessionOf(i)));
     for (uint32_t i = 10; i <= 40; ++i)
         other.Apply(Change::ADDED, SessionOf(i));
     EXPECT_NE(sessions_.GetDigest(), other.GetDigest());
     other.BeginBatch();
-    sessions_.ForAll([&](const Session &session) { other.Apply(Change::ADDED, session); });
+    sessions_.TellAll([&](Change change, const Session &session) { other.Apply(change, session); });
     EXPECT_EQ(20u, other.EndOfBatch());
     EXPECT_EQ(sessions_.GetDigest(), other.GetDigest());
+}
+
+TEST_F(SessionTable, OnStandbyFollowsItsPeerAlone) {
+    ASSERT_EQ("ok", Say("logon 021a-2b3c-4d5e anna 7 0"));
+    sessions_.Apply(Change::ADDED, SessionOf(1));
+    EXPECT_EQ(1u, sessions_.GetDigest().count) << "the active one is not told what it has";
+    sessions_.SetActive(false);
+    EXPECT_EQ("error this device is on standby", Say("logon 021a-2b3c-4d5f bert 7 0"));
+    EXPECT_EQ("error this device is on standby", Say("logoff 021a-2b3c-4d5e"));
+    EXPECT_EQ(0u, sessions_.InterfaceDown(PORT)) << "its peer's port is another one";
+    sessions_.Apply(Change::ADDED, SessionOf(1));
+    EXPECT_EQ(2u, sessions_.GetDigest().count);
+    sessions_.SetActive(true);
+    EXPECT_EQ(2u, sessions_.InterfaceDown(PORT));
+}
+
+TEST_F(SessionTable, TellsASessionThatChangesWhileItIsToldAgain) {
+    for (uint32_t i = 1; i <= 3; ++i)
+        ASSERT_EQ("", sessions_.LogOn(SessionOf(i)));
+    std::map<std::string, bool> peer;
+    bool is_first = true;
+    sessions_.TellAll([&](Change change, const Session &session) {
+        if (std::exchange(is_first, false)) {
+            EXPECT_EQ("", sessions_.LogOff(session.mac)) << "not locked";
+        }
+        peer[session.name] = change == Change::ADDED;
+    });
+    EXPECT_EQ(3u, peer.size());
+    EXPECT_EQ(2, std::count_if(peer.begin(), peer.end(), [](const auto &entry) { return entry.second; }));
 }
 
 TEST_F(SessionTable, IsFullAtItsLimit) {

@@ -2,7 +2,7 @@
 #include <cstddef>
 #include <uvelhost/standby_link.h>
 
-static_assert(sizeof(YSB_LINK_CONFIG_S) == 160);
+static_assert(sizeof(YSB_LINK_CONFIG_S) == 168);
 static_assert(offsetof(YSB_LINK_CONFIG_S, pszListen) == 0);
 static_assert(offsetof(YSB_LINK_CONFIG_S, pszPeer) == 8);
 static_assert(offsetof(YSB_LINK_CONFIG_S, pszCertificate) == 16);
@@ -30,6 +30,7 @@ static_assert(offsetof(YSB_LINK_CONFIG_S, pfBatch) == 128);
 static_assert(offsetof(YSB_LINK_CONFIG_S, pfBatchDelivered) == 136);
 static_assert(offsetof(YSB_LINK_CONFIG_S, pfPeerBatch) == 144);
 static_assert(offsetof(YSB_LINK_CONFIG_S, pfStateChanged) == 152);
+static_assert(offsetof(YSB_LINK_CONFIG_S, pfProgress) == 160);
 
 static_assert(sizeof(YSB_LINK_STATE_S) == 28);
 static_assert(offsetof(YSB_LINK_STATE_S, ulConnected) == 0);

@@ -1,5 +1,7 @@
 #include "kit.h"
 
+#include "allocation_fault.h"
+
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -165,6 +167,14 @@ uint64_t LiveBlocks() {
     return 0;
 }
 
+uint64_t LiveBlocksOfAllAccounts() {
+    uint64_t blocks = 0;
+    QAL_MEM_STATS_S stats{};
+    for (uint32_t handle = 0; QAL_MemGetStats(handle, &stats) == 0; ++handle)
+        blocks += stats.ulBlocks;
+    return blocks;
+}
+
 int StatusOfFreshProcess(const std::function<void()> &body) {
     std::fflush(nullptr);
     const pid_t child = fork();
@@ -193,38 +203,6 @@ void InFreshProcess(const std::function<void()> &body) {
 
 namespace {
 
-/* Counts the host's allocating operations together and fails a range of them. */
-struct AllocationFault {
-    uint64_t first;
-    uint64_t last;
-    uint64_t seen = 0;
-
-    bool Hit() { return ++seen >= first && seen <= last; }
-};
-
-void InstallFault(AllocationFault &fault) {
-    Op<QAL_MemAlloc>().Does([&fault](uint32_t handle, uint8_t partition, uint32_t size) -> void * {
-        return fault.Hit() ? nullptr : Op<QAL_MemAlloc>().Real(handle, partition, size);
-    });
-    Op<QAL_MemAlloc_F>().Does(
-        [&fault](uint32_t handle, uint8_t partition, uint32_t size, const char *file, uint32_t line) -> void * {
-            return fault.Hit() ? nullptr : Op<QAL_MemAlloc_F>().Real(handle, partition, size, file, line);
-        });
-    Op<QAL_MemReAlloc>().Does([&fault](uint32_t handle, uint8_t partition, void *block, uint32_t size) -> void * {
-        return fault.Hit() ? nullptr : Op<QAL_MemReAlloc>().Real(handle, partition, block, size);
-    });
-    Op<QAL_HandleInitialize>().Does([&fault](const char *name, uint32_t *handle) -> uint32_t {
-        return fault.Hit() ? 1 : Op<QAL_HandleInitialize>().Real(name, handle);
-    });
-}
-
-void RemoveFault() {
-    Op<QAL_MemAlloc>().Does(nullptr);
-    Op<QAL_MemAlloc_F>().Does(nullptr);
-    Op<QAL_MemReAlloc>().Does(nullptr);
-    Op<QAL_HandleInitialize>().Does(nullptr);
-}
-
 struct SweepReport {
     uint64_t allocations;
     uint64_t liveBlocks;
@@ -236,14 +214,16 @@ SweepReport RunFaulted(uint64_t first, uint64_t last, const std::function<void()
     int ends[2];
     EXPECT_EQ(0, pipe(ends));
     InFreshProcess([&] {
-        AllocationFault fault{first, last};
-        InstallFault(fault);
-        scenario();
-        RemoveFault();
+        uint64_t seen = 0;
+        {
+            AllocationFault fault(first, last);
+            scenario();
+            seen = fault.Seen();
+        }
         TakeAsserts();
         TakeFatals();
         after();
-        const SweepReport report{fault.seen, LiveBlocks()};
+        const SweepReport report{seen, LiveBlocks()};
         EXPECT_EQ(static_cast<ssize_t>(sizeof report), write(ends[1], &report, sizeof report));
     });
     close(ends[1]);

@@ -230,6 +230,9 @@ class VirtualClock {
 /* Blocks in use on the library's memory account "nac-util". */
 uint64_t LiveBlocks();
 
+/* Blocks in use on all memory accounts of the host: those of the library, and what the host made for it. */
+uint64_t LiveBlocksOfAllAccounts();
+
 /* Runs `body` in a forked child, so that what it does to the process is gone afterwards; a test that uses it before it
  * touches the library runs the body on fresh library state each time. Failed expectations inside fail the test. */
 void InFreshProcess(const std::function<void()> &body);

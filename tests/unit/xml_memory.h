@@ -6,18 +6,22 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
 #include <libxml/parser.h>
 #include <libxml/xmlmemory.h>
 #include <unordered_map>
+#include <utility>
 
 /* Stands between libxml2 and malloc while it lives. What libxml2 has not freed by then is freed with it: short of
  * memory it loses blocks by itself. */
 class XmlMemory {
   public:
-    XmlMemory() {
+    /* With `refuses`, every allocation that it answers with true fails. */
+    explicit XmlMemory(std::function<bool()> refuses = {}) {
         xmlInitParser(); /* what that allocates stays */
         xmlResetLastError();
         Get() = State{};
+        Get().refuses = std::move(refuses);
         xmlMemSetup(Free, Malloc, Realloc, Strdup);
     }
     ~XmlMemory() {
@@ -57,6 +61,7 @@ class XmlMemory {
         uint64_t asked = 0;
         uint64_t fail = 0;
         bool forever = false;
+        std::function<bool()> refuses;
         std::unordered_map<void *, std::size_t> blocks;
         std::size_t bytes = 0;
         std::size_t peak = 0;
@@ -70,6 +75,8 @@ class XmlMemory {
     static bool MayAllocate() {
         State &state = Get();
         ++state.asked;
+        if (state.refuses && state.refuses())
+            return false;
         return state.fail == 0 || state.asked < state.fail || (state.asked > state.fail && !state.forever);
     }
 

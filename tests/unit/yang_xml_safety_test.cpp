@@ -161,6 +161,26 @@ TEST_F(Outside, NothingIsReadWhateverTheProgramsDefaultsAre) {
     xmlSubstituteEntitiesDefault(entities);
 }
 
+TEST(YangDefaults, OfTheProgramAreItsOwnAgainAfterwards) {
+    const int before[] = {xmlSubstituteEntitiesDefaultValue, xmlLoadExtDtdDefaultValue,
+                          xmlDoValidityCheckingDefaultValue, xmlDefaultBufferSize};
+    xmlSubstituteEntitiesDefaultValue = 1;
+    xmlLoadExtDtdDefaultValue = 6;
+    xmlDoValidityCheckingDefaultValue = 1;
+    xmlDefaultBufferSize = 4711;
+    for (const char *xml : {"<r><a>12</a></r>", "<r><a>not closed</r>", "<!DOCTYPE r [<!ENTITY x SYSTEM 'y'>]><r/>"}) {
+        { const Tree tree(xml); }
+        EXPECT_EQ(1, xmlSubstituteEntitiesDefaultValue) << xml;
+        EXPECT_EQ(6, xmlLoadExtDtdDefaultValue) << xml;
+        EXPECT_EQ(1, xmlDoValidityCheckingDefaultValue) << xml;
+        EXPECT_EQ(4711, xmlDefaultBufferSize) << xml;
+    }
+    xmlSubstituteEntitiesDefaultValue = before[0];
+    xmlLoadExtDtdDefaultValue = before[1];
+    xmlDoValidityCheckingDefaultValue = before[2];
+    xmlDefaultBufferSize = before[3];
+}
+
 TEST(YangEntities, OfTheDocumentReadAsNothing) {
     const Tree tree("<!DOCTYPE r [<!ENTITY e 'x<b>y</b>'>]><r><a>1&e;2</a><c k='3&e2;'/></r>");
     EXPECT_EQ("(none)", TextOf(tree)) << "an attribute names an unknown one";

@@ -42,7 +42,7 @@ def command_lines(text):
     for line in [*blocks, *shells, *inline_code(text)]:
         for command in re.split(r"&&|\|", line.split(" #")[0]):
             words = [word for word in command.split() if not re.fullmatch(r"[A-Z_]+=\S*", word)]
-            if words and (words[0] in PROGRAMS or words[0].startswith(("tools/", "bench/", "tests/"))) and "=" not in words[0]:
+            if words and (words[0] in PROGRAMS or re.match(r"(tools|bench|tests)/[^*]+$", words[0])):
                 yield words
 
 

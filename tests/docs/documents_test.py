@@ -175,6 +175,14 @@ class EveryDocument(unittest.TestCase):
             if f"set({name} " not in sources() and f"option({name} " not in sources():
                 yield f"no setting {name}"
 
+    def test_named_tests_are_in_the_build(self):
+        lists = "\n".join(path.read_text() for path in FILES if path.name == "CMakeLists.txt")
+        for document, name in self.each(lambda text: [code for code in inline_code(text)
+                                                      if re.fullmatch(r"(abi|docs|package|system)\.[a-z_.]+\*?", code)], 5):
+            start = re.sub(r"(\.\*|\.uvel\w+)$", "", name)
+            if f"NAME {start}" not in lists and f"uvel_add_document_test({name[len('docs.'):]} " not in lists:
+                self.complain(document, name)
+
     def test_environment_variables_are_read_somewhere(self):
         for document, name in self.each(lambda text: re.findall(r"\b(UVEL[A-Z]*_[A-Z_]*[A-Z])\b", text)):
             if name not in words_of_sources():
@@ -208,6 +216,15 @@ class Readme(unittest.TestCase):
         for title in titles:
             for part in re.split(r"\{.*?\}", title):
                 self.assertIn(part, shown)
+
+
+class Operating(unittest.TestCase):
+    def test_the_views_are_those_of_uvelctl(self):
+        offered = re.search(r"view TEXT REQUIRED +(.*)", help_of("uvelctl", "show"))[1].split(", ")
+        text = (ROOT / "docs/operating.md").read_text()
+        rows = re.findall(r"^\| (`.*?) \| ", text[text.index("| view |"):text.index("## A pair")], re.M)
+        described = [view.replace("\\", "") for row in rows for view in re.findall("`([^`]+)`", row)]
+        self.assertEqual(sorted(offered), sorted(described))
 
 
 class Architecture(unittest.TestCase):

@@ -6,6 +6,8 @@
 #include <mutex>
 #include <shared_mutex>
 #include <unordered_map>
+#include <utility>
+#include <vector>
 
 #include "confdb/connection.h"
 #include "confdb/last_error.h"
@@ -33,7 +35,18 @@ class Registry {
     DB_CONN_S *Add(std::unique_ptr<DB_CONN_S> connection) {
         const int descriptor = connection->connection->Descriptor();
         std::unique_lock lock(mutex_);
+        in_order_.push_back(connection.get());
+        latest_failure_.clear();
         return connections_.emplace(descriptor, std::move(connection)).first->second.get();
+    }
+    const DB_CONN_S *Number(uint32_t number) {
+        std::shared_lock lock(mutex_);
+        return number < in_order_.size() ? in_order_[number] : nullptr;
+    }
+    /* Who cannot open a connection tries again: the same reason is told once. */
+    bool IsNews(const std::string &failure) {
+        std::unique_lock lock(mutex_);
+        return std::exchange(latest_failure_, failure) != failure;
     }
     Connection *Find(int descriptor) {
         std::shared_lock lock(mutex_);
@@ -44,6 +57,8 @@ class Registry {
   private:
     std::shared_mutex mutex_;
     std::unordered_map<int, std::unique_ptr<DB_CONN_S>> connections_;
+    std::vector<const DB_CONN_S *> in_order_;
+    std::string latest_failure_;
 };
 
 Registry &TheRegistry() {
@@ -62,7 +77,8 @@ uint32_t db_create_sub_connect(const DB_CONN_DESC_S *pstDesc, DB_CONNECT_CB pfCo
         made->connection = OpenConnection(ParseEndpoint(pstDesc->pszEndpoint), client);
         *ppstConn = TheRegistry().Add(std::move(made));
     } catch (const std::exception &error) {
-        ReportText("configuration database of %s: %s", client, error.what());
+        if (TheRegistry().IsNews(error.what()))
+            ReportText("configuration database of %s: %s", client, error.what());
         return 1;
     }
     pfConnect((*ppstConn)->connection->Descriptor(), 0);
@@ -91,6 +107,19 @@ uint32_t db_sub_kv_with_conn(DB_CONN_S *pstConn, const char *pszTable, const DB_
 uint32_t db_handle_event(int32_t lFd) {
     Connection *connection = TheRegistry().Find(lFd);
     return connection != nullptr && connection->Handle() ? UVELHOST_OK : 1;
+}
+
+uint32_t db_get_state(uint32_t ulNumber, DB_CONN_STATE_S *pstState) {
+    const DB_CONN_S *found = TheRegistry().Number(ulNumber);
+    if (found == nullptr || pstState == nullptr)
+        return 1;
+    const Connection::Health health = found->connection->GetHealth();
+    *pstState = {};
+    found->connection->Client().copy(pstState->szClient, sizeof pstState->szClient - 1);
+    health.trouble.copy(pstState->szTrouble, sizeof pstState->szTrouble - 1);
+    pstState->ulSubscriptions = found->subscriptions.load();
+    pstState->ulOutages = health.outages;
+    return UVELHOST_OK;
 }
 
 uint32_t db_watch_open(const char *pszEndpoint, const char *pszTable, DB_RECORD_CB pfRecord, void *pContext,

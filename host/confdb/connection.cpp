@@ -109,6 +109,11 @@ bool Connection::Handle() {
 }
 
 void Connection::ReportOutage(const std::string &reason) {
+    {
+        const std::lock_guard lock(mutex_);
+        health_.outages += outage_.empty() ? 1 : 0;
+        health_.trouble = reason;
+    }
     if (outage_.insert(reason).second)
         ReportText("configuration database of %s: %s", client_.c_str(), reason.c_str());
 }
@@ -117,7 +122,16 @@ void Connection::ReportRecovery() {
     if (outage_.empty())
         return;
     outage_.clear();
+    {
+        const std::lock_guard lock(mutex_);
+        health_.trouble.clear();
+    }
     ReportText("configuration database of %s: back", client_.c_str());
+}
+
+Connection::Health Connection::GetHealth() const {
+    const std::lock_guard lock(mutex_);
+    return health_;
 }
 
 std::unique_ptr<Connection> OpenConnection(const Endpoint &endpoint, const std::string &client) {

@@ -58,6 +58,15 @@ class Connection {
 
     void Add(std::unique_ptr<Subscription> subscription);
 
+    /* What is wrong while the database is out of reach, otherwise empty; how often it was. Any thread. */
+    struct Health {
+        std::string trouble;
+        uint32_t outages = 0;
+    };
+    Health GetHealth() const;
+
+    const std::string &Client() const { return client_; }
+
     /* Does what can be done without waiting and calls the subscribers; false when another thread (or a subscriber) is
      * calling it already. */
     bool Handle();
@@ -73,7 +82,7 @@ class Connection {
     Poller &Events() { return poller_; }
     std::list<std::unique_ptr<Subscription>> &Subscriptions() { return subscriptions_; }
 
-    /* Lines on standard error, one for each reason in an outage and one at its end. */
+    /* Reports, one for each reason in an outage and one at its end. */
     void ReportOutage(const std::string &reason);
     void ReportRecovery();
 
@@ -87,8 +96,9 @@ class Connection {
     std::atomic_flag is_busy_;
     std::set<std::string> outage_;
 
-    std::mutex mutex_;
-    std::list<std::unique_ptr<Subscription>> new_; /* guarded by mutex_ */
+    mutable std::mutex mutex_; /* guards what follows */
+    std::list<std::unique_ptr<Subscription>> new_;
+    Health health_;
 };
 
 /* Throws StoreError for a database that cannot be used; one that cannot be reached at the moment can be. */

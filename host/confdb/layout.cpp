@@ -32,3 +32,9 @@ static_assert(offsetof(MESH_EPOLL_EVENT_S, ulEvents) == 0);
 static_assert(offsetof(MESH_EPOLL_EVENT_S, aulReserved1) == 4);
 static_assert(offsetof(MESH_EPOLL_EVENT_S, ulFd) == 24);
 static_assert(offsetof(MESH_EPOLL_EVENT_S, ulReserved2) == 28);
+
+static_assert(sizeof(DB_CONN_STATE_S) == 296);
+static_assert(offsetof(DB_CONN_STATE_S, szClient) == 0);
+static_assert(offsetof(DB_CONN_STATE_S, szTrouble) == 32);
+static_assert(offsetof(DB_CONN_STATE_S, ulSubscriptions) == 288);
+static_assert(offsetof(DB_CONN_STATE_S, ulOutages) == 292);

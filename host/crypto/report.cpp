@@ -7,6 +7,13 @@
 #include <cstdio>
 #include <cstring>
 #include <unistd.h>
+#include <uvelhost/report.h>
+
+static std::atomic<QAL_REPORT_HOOK> g_hook{nullptr};
+
+void QAL_ReportSetHook(QAL_REPORT_HOOK pfHook) {
+    g_hook.store(pfHook);
+}
 
 namespace uvel::host {
 
@@ -14,10 +21,15 @@ static void WriteLine(const char *format, va_list args) {
     int saved = errno;
     char line[1024] = "uvelhost: ";
     std::size_t used = std::strlen(line);
-    int length = std::vsnprintf(line + used, sizeof line - used - 1, format, args);
+    char *text = line + used;
+    int length = std::vsnprintf(text, sizeof line - used - 1, format, args);
     used += std::clamp<std::size_t>(static_cast<std::size_t>(std::max(length, 0)), 0, sizeof line - used - 2);
-    line[used++] = '\n';
-    [[maybe_unused]] ssize_t ignored = write(STDERR_FILENO, line, used);
+    if (QAL_REPORT_HOOK hook = g_hook.load()) {
+        hook(text);
+    } else {
+        line[used++] = '\n';
+        [[maybe_unused]] ssize_t ignored = write(STDERR_FILENO, line, used);
+    }
     errno = saved;
 }
 

@@ -1,4 +1,4 @@
-/* Troubles of this folder, as lines on standard error. */
+/* Lines for people, to where uvelhost/report.h says. */
 #ifndef UVEL_HOST_CRYPTO_REPORT_H
 #define UVEL_HOST_CRYPTO_REPORT_H
 
@@ -16,14 +16,14 @@ enum class Trouble : unsigned {
     CIPHER_UNKNOWN,
 };
 
-/* Writes one line "uvelhost: ..." unless the same trouble was the latest one: a service that checks a thousand
+/* Reports one line unless the same trouble was the latest one: a service that checks a thousand
  * passwords tells it once. errno is kept. */
 void ReportTrouble(Trouble trouble, const char *format, ...) __attribute__((format(printf, 2, 3)));
 
 /* From now on any trouble is worth a line again. */
 void TroubleIsOver();
 
-/* Writes one line each time. */
+/* Reports one line each time. */
 void ReportText(const char *format, ...) __attribute__((format(printf, 1, 2)));
 
 } // namespace uvel::host

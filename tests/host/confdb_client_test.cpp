@@ -5,6 +5,7 @@
 #include <atomic>
 #include <thread>
 #include <uvelhost/epoll.h>
+#include <uvelhost/report.h>
 
 using namespace confdb_test;
 
@@ -247,6 +248,41 @@ TEST_F(ConfdbClient, NamesAreUtf8) {
         EXPECT_EQ(DB_FAILED, db_store_put(store.Get(), "t", bad, "v", 1, nullptr)) << bad;
         EXPECT_EQ(DB_FAILED, db_store_put(store.Get(), bad, "k", "v", 1, nullptr)) << bad;
     }
+}
+
+std::vector<std::string> g_reports;
+
+TEST_F(ConfdbClient, SaysWhetherTheDatabaseIsThereAndReportsWhereItIsToldTo) {
+    QAL_ReportSetHook([](const char *line) { g_reports.emplace_back(line); });
+    DB_CONN_STATE_S state;
+    uint32_t number = 0; /* behind those of earlier tests: connections are never closed */
+    while (db_get_state(number, &state) == 0)
+        ++number;
+    DB_CONN_S *connection = Connect();
+    EXPECT_EQ(1u, db_get_state(number, nullptr));
+    Subscribe(connection, "t", First);
+    Store(endpoint).Put("t", "k", "1");
+    HandleUntil([] { return !g_first.empty(); });
+    ASSERT_EQ(0u, db_get_state(number, &state));
+    EXPECT_STREQ("a test", state.szClient);
+    EXPECT_STREQ("", state.szTrouble);
+    EXPECT_EQ(1u, state.ulSubscriptions);
+    EXPECT_EQ(0u, state.ulOutages);
+
+    for (const char *ending : {"", "-wal", "-shm"})
+        fs::remove((folder / "db") + ending);
+    HandleUntil([] { return !g_reports.empty(); });
+    ASSERT_EQ(0u, db_get_state(number, &state));
+    EXPECT_EQ((folder / "db") + ": removed", state.szTrouble);
+    EXPECT_EQ(1u, state.ulOutages);
+    Store(endpoint).Put("t", "k", "2");
+    HandleUntil([] { return g_first.back().value == "2"; });
+    ASSERT_EQ(0u, db_get_state(number, &state));
+    EXPECT_STREQ("", state.szTrouble);
+    QAL_ReportSetHook(nullptr);
+    EXPECT_EQ((std::vector<std::string>{"configuration database of a test: " + (folder / "db") + ": removed",
+                                        "configuration database of a test: back"}),
+              g_reports);
 }
 
 TEST(ConfdbEndpoint, WhatIsNoneIsRefusedWithWhatIsExpected) {

@@ -74,4 +74,16 @@ UVELHOST_API uint32_t db_sub_kv_with_conn(DB_CONN_S *pstConn, const char *pszTab
  * connection has (any more) fails and does nothing: it may have been in the same batch of ready ones as its removal. */
 UVELHOST_API uint32_t db_handle_event(int32_t lFd);
 
+/* How a connection does, for people to see. */
+typedef struct {
+    char szClient[32];   /* as its descriptor named it */
+    char szTrouble[256]; /* empty, or what was wrong latest while the database is out of reach */
+    uint32_t ulSubscriptions;
+    uint32_t ulOutages; /* since the connection was opened, the present one included */
+} DB_CONN_STATE_S;
+
+/* State of the connection of number ulNumber, counted from 0 in the order of their opening. Fails behind the last one and
+ * for null. Any thread. */
+UVELHOST_API uint32_t db_get_state(uint32_t ulNumber, DB_CONN_STATE_S *pstState);
+
 #endif

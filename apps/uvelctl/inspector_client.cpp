@@ -2,11 +2,60 @@
 
 #include <cerrno>
 #include <cstring>
+#include <fcntl.h>
+#include <fstream>
+#include <pwd.h>
+#include <sys/file.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/time.h>
 #include <sys/un.h>
 #include <unistd.h>
 
 namespace uvelctl {
+
+namespace {
+
+constexpr time_t PATIENCE_SECONDS = 10;
+constexpr char NO_ANSWER[] = "uveld does not answer for ten seconds: it is held up by something";
+
+/* Process id of the uveld that holds the run directory's lock; empty when none does. */
+std::string HolderOf(const std::string &run_directory) {
+    const std::string path = run_directory + "/uveld.pid";
+    const int lock = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (lock < 0)
+        return {};
+    const bool is_held = flock(lock, LOCK_SH | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+    close(lock);
+    std::string pid;
+    if (is_held)
+        std::getline(std::ifstream(path), pid);
+    return pid;
+}
+
+std::string OwnerOf(const std::string &path) {
+    struct stat status {};
+    if (stat(path.c_str(), &status) != 0)
+        return "another user";
+    const passwd *user = getpwuid(status.st_uid);
+    return user != nullptr ? user->pw_name : "user " + std::to_string(status.st_uid);
+}
+
+std::string WhyNotConnected(int reason, const std::string &run_directory, const std::string &path) {
+    if (reason == ENOENT || reason == ECONNREFUSED) {
+        const std::string holder = HolderOf(run_directory);
+        if (!holder.empty())
+            return "uveld (process " + holder + ") in " + run_directory + " does not answer: it is starting or ending";
+        return "no uveld runs in " + run_directory;
+    }
+    if (reason == EAGAIN)
+        return NO_ANSWER;
+    if (reason == EACCES)
+        return path + ": " + std::strerror(reason) + ", it is for " + OwnerOf(path) + " alone";
+    return path + ": " + std::strerror(reason);
+}
+
+} // namespace
 
 InspectorClient::InspectorClient(const Options &options) : path_(options.run_directory + "/uveld.sock") {
     sockaddr_un address{};
@@ -17,12 +66,13 @@ InspectorClient::InspectorClient(const Options &options) : path_(options.run_dir
     descriptor_ = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
     if (descriptor_ < 0)
         throw Failure(std::string("socket: ") + std::strerror(errno));
+    const timeval patience{PATIENCE_SECONDS, 0};
+    (void)setsockopt(descriptor_, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
+    (void)setsockopt(descriptor_, SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience);
     if (connect(descriptor_, reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0) {
         const int reason = errno;
         close(descriptor_);
-        if (reason == ENOENT || reason == ECONNREFUSED)
-            throw Failure("no uveld runs in " + options.run_directory);
-        throw Failure(path_ + ": " + std::strerror(reason));
+        throw Failure(WhyNotConnected(reason, options.run_directory, path_));
     }
 }
 
@@ -34,6 +84,10 @@ nlohmann::json InspectorClient::Ask(const std::string &view, const std::vector<s
     const std::string request = nlohmann::json{{"view", view}, {"arguments", arguments}}.dump() + "\n";
     for (size_t sent = 0; sent < request.size();) {
         const ssize_t count = send(descriptor_, request.data() + sent, request.size() - sent, MSG_NOSIGNAL);
+        if (count < 0 && errno == EAGAIN)
+            throw Failure(NO_ANSWER);
+        if (count < 0 && (errno == EPIPE || errno == ECONNRESET))
+            break; /* what it said before it went away is still to be read */
         if (count < 0 && errno != EINTR)
             throw Failure("uveld does not listen any more");
         sent += count > 0 ? static_cast<size_t>(count) : 0;
@@ -42,8 +96,10 @@ nlohmann::json InspectorClient::Ask(const std::string &view, const std::vector<s
     while ((end = received_.find('\n')) == std::string::npos) {
         char bytes[16384];
         const ssize_t count = recv(descriptor_, bytes, sizeof bytes, 0);
+        if (count < 0 && errno == EAGAIN)
+            throw Failure(NO_ANSWER);
         if (count == 0 || (count < 0 && errno != EINTR))
-            throw Failure("uveld has ended in the middle of its answer");
+            throw Failure("uveld has ended before it answered");
         received_.append(bytes, count > 0 ? static_cast<size_t>(count) : 0);
     }
     auto answer = nlohmann::json::parse(received_.substr(0, end), nullptr, false);

@@ -4,6 +4,8 @@
 
 #include "commands.h"
 
+static constexpr int WRONG_COMMAND_LINE = 2;
+
 int main(int argc, char **argv) {
     CLI::App app{"Looks into a running uveld."};
     uvelctl::Options options;
@@ -22,7 +24,7 @@ int main(int argc, char **argv) {
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError &error) {
-        return app.exit(error);
+        return app.exit(error) == 0 ? 0 : WRONG_COMMAND_LINE;
     } catch (const std::exception &error) {
         std::cerr << "uvelctl: " << error.what() << "\n";
         return 1;

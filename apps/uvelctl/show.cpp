@@ -22,7 +22,7 @@ struct Request {
 
 constexpr char VIEWS[] =
     "callbacks [EVENT], queues, memory, hooks [installed|empty], settings, pools, interfaces, vlans, "
-    "ports, trunks, vrfs, boards, device, standby, modules, module NAME, listeners, views";
+    "ports, trunks, vrfs, boards, device, standby, database, modules, module NAME, listeners, views";
 
 std::string Render(const Options &options, const nlohmann::json &table) {
     return options.json ? RenderJson(table) : RenderText(table);

@@ -15,7 +15,7 @@ namespace uveld {
 namespace {
 
 constexpr size_t MAX_REQUEST_BYTES = 64 << 10;
-constexpr size_t MAX_CONNECTIONS = 32;
+constexpr int MAX_CONNECTIONS = 32;
 
 [[noreturn]] void Fail(const std::string &what) {
     throw std::system_error(errno, std::generic_category(), what);
@@ -36,7 +36,7 @@ int ListenAt(const std::string &path) {
     const mode_t mask = umask(0177);
     const int bound = bind(descriptor, reinterpret_cast<const sockaddr *>(&address), sizeof address);
     umask(mask);
-    if (bound != 0 || listen(descriptor, 16) != 0) {
+    if (bound != 0 || listen(descriptor, MAX_CONNECTIONS) != 0) {
         const int reason = errno;
         close(descriptor);
         errno = reason;
@@ -82,8 +82,11 @@ void Inspector::Accept() {
     const int descriptor = accept4(listener_, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
     if (descriptor < 0)
         return;
-    if (connections_.size() >= MAX_CONNECTIONS) {
+    if (connections_.size() >= size_t{MAX_CONNECTIONS}) {
         spdlog::warn("an inspector was turned away: {} are connected", connections_.size());
+        const std::string answer =
+            "{\"error\":\"" + std::to_string(connections_.size()) + " inspectors are connected already\"}\n";
+        (void)!send(descriptor, answer.data(), answer.size(), MSG_NOSIGNAL);
         close(descriptor);
         return;
     }
@@ -93,14 +96,13 @@ void Inspector::Accept() {
 
 void Inspector::Serve(int descriptor, uint32_t ready) {
     Connection &connection = connections_.at(descriptor);
-    if ((ready & EPOLLOUT) != 0 && !Send(descriptor, &connection))
+    if ((ready & EPOLLOUT) != 0 && !(Send(descriptor, &connection) && Answer(descriptor, &connection)))
         return Close(descriptor);
     if ((ready & (EPOLLIN | EPOLLHUP | EPOLLERR)) != 0 && !Receive(descriptor, &connection))
         return Close(descriptor);
 }
 
-/* False at the end of the connection, and when a line is longer than any request. While an answer waits to be sent no
- * request is read, so a peer that does not read holds up nobody but itself. */
+/* False at the end of the connection, and when a line is longer than any request. */
 bool Inspector::Receive(int descriptor, Connection *connection) {
     char bytes[4096];
     const ssize_t count = recv(descriptor, bytes, sizeof bytes, 0);
@@ -108,14 +110,24 @@ bool Inspector::Receive(int descriptor, Connection *connection) {
         return false;
     if (count > 0)
         connection->received.append(bytes, static_cast<size_t>(count));
-    for (size_t end = connection->received.find('\n'); end != std::string::npos;
-         end = connection->received.find('\n')) {
-        connection->to_send += AnswerRequest(context_, connection->received.substr(0, end));
-        connection->received.erase(0, end + 1);
-    }
-    if (connection->received.size() > MAX_REQUEST_BYTES)
+    if (connection->received.size() > MAX_REQUEST_BYTES && connection->received.find('\n') == std::string::npos)
         return false;
-    return Send(descriptor, connection);
+    return Answer(descriptor, connection);
+}
+
+/* One request after the other: while an answer waits to be sent none is answered nor read, so a peer that does not read
+ * holds up nobody but itself, and costs one answer. */
+bool Inspector::Answer(int descriptor, Connection *connection) {
+    while (connection->to_send.empty()) {
+        const size_t end = connection->received.find('\n');
+        if (end == std::string::npos)
+            break;
+        connection->to_send = AnswerRequest(context_, connection->received.substr(0, end));
+        connection->received.erase(0, end + 1);
+        if (!Send(descriptor, connection))
+            return false;
+    }
+    return true;
 }
 
 bool Inspector::Send(int descriptor, Connection *connection) {

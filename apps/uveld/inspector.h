@@ -32,6 +32,7 @@ class Inspector {
     void Accept();
     void Serve(int descriptor, uint32_t ready);
     bool Receive(int descriptor, Connection *connection);
+    bool Answer(int descriptor, Connection *connection);
     bool Send(int descriptor, Connection *connection);
     void Close(int descriptor);
 

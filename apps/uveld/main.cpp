@@ -12,9 +12,9 @@
 
 namespace {
 
-constexpr int WRONG_CONFIGURATION = 2;
+constexpr int WRONG_CONFIGURATION = 2; /* or command line */
 
-/* All threads are to inherit this; only the main loop's descriptor takes the signals. */
+/* All threads are to inherit this; one of them takes the signals. */
 void BlockSignals() {
     sigset_t signals;
     sigemptyset(&signals);
@@ -39,7 +39,11 @@ int main(int argc, char **argv) {
     app.add_option("-c,--config", file, "Configuration file")->capture_default_str();
     app.add_flag("--check-config", check_only, "Read the configuration, say what is wrong with it, and end");
     app.set_version_flag("--version", UVELD_VERSION);
-    CLI11_PARSE(app, argc, argv);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError &error) {
+        return app.exit(error) == 0 ? 0 : WRONG_CONFIGURATION;
+    }
 
     uveld::Configuration configuration;
     try {

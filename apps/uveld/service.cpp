@@ -1,13 +1,12 @@
 #include "service.h"
 
-#include <csignal>
 #include <memory>
 #include <sys/epoll.h>
-#include <sys/signalfd.h>
-#include <system_error>
 #include <systemd/sd-daemon.h>
 #include <unistd.h>
+#include <uvelhost/report.h>
 
+#include "database.h"
 #include "environment.h"
 #include "event_loop.h"
 #include "feeder.h"
@@ -16,38 +15,31 @@
 #include "product_layer.h"
 #include "run_directory.h"
 #include "service_log.h"
+#include "signals.h"
 #include "standby.h"
 
 namespace uveld {
 
 namespace {
 
-sigset_t ServedSignals() {
-    sigset_t signals;
-    sigemptyset(&signals);
-    for (const int signal : {SIGTERM, SIGINT, SIGHUP})
-        sigaddset(&signals, signal);
-    return signals;
+void LogReport(const char *line) {
+    spdlog::warn("{}", line);
 }
 
-int OpenSignals() {
-    const sigset_t signals = ServedSignals();
-    const int descriptor = signalfd(-1, &signals, SFD_NONBLOCK | SFD_CLOEXEC);
-    if (descriptor < 0)
-        throw std::system_error(errno, std::generic_category(), "signalfd");
-    return descriptor;
+void BringModulesUp(const Configuration &configuration, const Modules &modules, Signals *signals) {
+    signals->Begin("the library comes up");
+    BringLibraryUp(configuration);
+    for (const auto &module : modules) {
+        signals->Begin("the module " + module->Name() + " starts");
+        module->Start(configuration.standby.has_value());
+    }
 }
 
-void ServeSignals(int descriptor, EventLoop *loop) {
-    signalfd_siginfo info;
-    while (read(descriptor, &info, sizeof info) == static_cast<ssize_t>(sizeof info)) {
-        if (info.ssi_signo == SIGHUP) {
-            ReopenLog();
-            spdlog::info("the log was opened anew");
-        } else {
-            spdlog::info("ends on signal {}", info.ssi_signo);
-            loop->Stop();
-        }
+/* The last one first, while the event task still runs. */
+void StopModules(const Modules &modules, Signals *signals) {
+    for (auto module = modules.rbegin(); module != modules.rend(); ++module) {
+        signals->Begin("the module " + (*module)->Name() + " stops");
+        (*module)->Stop();
     }
 }
 
@@ -56,32 +48,42 @@ void ServeSignals(int descriptor, EventLoop *loop) {
 int RunService(const Configuration &configuration) {
     const RunDirectory run_directory(configuration.run_directory);
     OpenLog(configuration.log);
+    QAL_ReportSetHook(LogReport);
+    Signals signals;
     spdlog::info("starts in {} as process {}", run_directory.Path(), getpid());
     SetHostEnvironment(configuration, run_directory);
 
+    signals.Begin("modules are loaded");
     static const Modules modules = LoadModules(configuration); /* callbacks may come until the process ends */
-    BringLibraryUp(configuration);
-    for (const auto &module : modules)
-        module->Start(configuration.standby.has_value());
+    BringModulesUp(configuration, modules, &signals);
+    signals.Begin("the event task comes up");
     StartEventTask();
+    signals.Begin("the device is read");
     const std::unique_ptr<Feeder> feeder = StartFeeder(configuration.feeder);
+    signals.Begin("the configuration database is opened");
+    EventLoop loop;
+    const Database database(&loop);
+    signals.Begin("the standby link is opened");
     if (configuration.standby.has_value())
         OpenLink(*configuration.standby, modules);
 
-    EventLoop loop;
-    const int signals = OpenSignals();
-    loop.Watch(signals, EPOLLIN, [&](uint32_t) { ServeSignals(signals, &loop); });
+    loop.Watch(signals.EndDescriptor(), EPOLLIN, [&](uint32_t) { loop.Stop(); });
     const Inspector inspector(&loop, run_directory.File("uveld.sock"), {&modules, configuration.standby.has_value()});
-    for (const auto &module : modules)
+    for (const auto &module : modules) {
+        signals.Begin("the module " + module->Name() + " begins to run");
         module->Run();
-    spdlog::info("is ready: {} modules, device from {}", modules.size(), feeder->Description());
-    (void)sd_notify(0, "READY=1");
+    }
+    if (!signals.IsToEnd()) {
+        spdlog::info("is ready: {} modules, device from {}", modules.size(), feeder->Description());
+        (void)sd_notify(0, "READY=1");
+    }
+    signals.Begin("a request of an inspector is answered");
     loop.Run();
 
-    (void)sd_notify(0, "STOPPING=1");
-    for (auto module = modules.rbegin(); module != modules.rend(); ++module)
-        (*module)->Stop();
+    StopModules(modules, &signals);
+    signals.Begin("the standby link is closed");
     CloseLink();
+    signals.Begin("the device is no longer followed");
     feeder->Stop();
     spdlog::info("has ended");
     return 0;

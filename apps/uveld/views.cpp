@@ -28,6 +28,7 @@ const std::map<std::string, NamedView> &Views() {
         {"boards", {ShowBoards, "boards of the device"}},
         {"listeners", {ShowListeners, "who hears of the host's notifications"}},
         {"views", {ShowViews, "all views"}},
+        {"database", {ShowDatabase, "whether the configuration database is there"}},
         {"standby", {ShowStandby, "state and counters of the standby link"}},
     };
     return views;

@@ -55,6 +55,7 @@ Table ShowTrunks(const ViewContext &context, const std::vector<std::string> &arg
 Table ShowVrfs(const ViewContext &context, const std::vector<std::string> &arguments);
 Table ShowBoards(const ViewContext &context, const std::vector<std::string> &arguments);
 Table ShowListeners(const ViewContext &context, const std::vector<std::string> &arguments);
+Table ShowDatabase(const ViewContext &context, const std::vector<std::string> &arguments);
 Table ShowStandby(const ViewContext &context, const std::vector<std::string> &arguments);
 
 } // namespace uveld

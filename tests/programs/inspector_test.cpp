@@ -40,7 +40,7 @@ TEST(InspectorRequest, ThatIsNoneIsAnError) {
 TEST(InspectorViews, AllAnswerWithTablesWhoseRowsFitTheirColumns) {
     for (const auto &[name, view] : Views()) {
         const json answer = Ask(json{{"view", name}}.dump());
-        if (name == "standby" || name == "module") {
+        if (name == "standby" || name == "module" || name == "database") {
             EXPECT_TRUE(answer.contains("error")) << name;
             continue;
         }

@@ -14,6 +14,7 @@ namespace session_table {
 
 namespace {
 
+constexpr size_t MAX_QUOTED = 48; /* of a word that is not understood */
 constexpr size_t IPV4_TEXT_SIZE = 16;
 constexpr size_t IPV6_TEXT_SIZE = 46;
 
@@ -30,6 +31,14 @@ Words WordsOf(std::string_view line) {
     return words;
 }
 
+/* What somebody sent, as it can be shown to anybody. */
+std::string Quoted(std::string word) {
+    word.resize(std::min(word.size(), MAX_QUOTED));
+    std::replace_if(
+        word.begin(), word.end(), [](char c) { return c < 0x20 || c == 0x7F; }, '?');
+    return "\"" + word + "\"";
+}
+
 bool ReadNumber(const std::string &word, uint32_t max, uint32_t *number) {
     const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), *number);
     return error == std::errc() && end == word.data() + word.size() && *number <= max;
@@ -43,16 +52,16 @@ std::string ReadMac(const std::string &word, Mac *mac) {
     char text[SRV_MAC_GROUP_TEXT_ROOM];
     if (SRV_MacStrToAddr(word.c_str(), mac->data()) != KIVO_OK || lower != SRV_MacAddrToStr(mac->data(), text) ||
         SRV_IsMacAddrZero(mac->data()) == 1)
-        return "\"" + word + "\" is no MAC address as 021a-2b3c-4d5e";
+        return Quoted(word) + " is no MAC address as 021a-2b3c-4d5e";
     return {};
 }
 
 std::string ReadAddresses(const Words &words, Session *session) {
     if (words.size() > 5 && words[5] != "-" &&
         (SRV_StrToIpAddr(words[5].c_str(), &session->ipv4) != KIVO_OK || SRV_IsValidIpAddr(session->ipv4) != 1))
-        return "\"" + words[5] + "\" is no IPv4 address of a host";
+        return Quoted(words[5]) + " is no IPv4 address of a host";
     if (words.size() > 6 && words[6] != "-" && kivo_inet_pton6(words[6].c_str(), session->ipv6.data()) != 1)
-        return "\"" + words[6] + "\" is no IPv6 address";
+        return Quoted(words[6]) + " is no IPv6 address";
     return {};
 }
 
@@ -69,9 +78,9 @@ std::string LogOn(Sessions *sessions, const Words &words, uint32_t now) {
     std::memcpy(session.name, words[2].data(), words[2].size());
     uint32_t vlan = 0;
     if (!ReadNumber(words[3], UINT32_MAX, &session.ifindex))
-        return "\"" + words[3] + "\" is no interface index";
+        return Quoted(words[3]) + " is no interface index";
     if (!ReadNumber(words[4], 4094, &vlan))
-        return "\"" + words[4] + "\" is no VLAN";
+        return Quoted(words[4]) + " is no VLAN";
     session.vlan = static_cast<uint16_t>(vlan);
     reason = ReadAddresses(words, &session);
     return reason.empty() ? sessions->LogOn(session) : reason;
@@ -135,7 +144,7 @@ std::string Answer(Sessions *sessions, std::string_view line, uint32_t now) {
         return Show(*sessions, words);
     if (words[0] == "digest")
         return ShowDigest(*sessions);
-    return "error logon, logoff, show and digest are known, \"" + words[0].substr(0, 32) + "\" is not";
+    return "error logon, logoff, show and digest are known, " + Quoted(words[0]) + " is not";
 }
 
 } // namespace session_table

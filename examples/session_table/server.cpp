@@ -13,7 +13,7 @@ namespace session_table {
 
 namespace {
 
-constexpr size_t MAX_CLIENTS = 64;
+constexpr int MAX_CLIENTS = 64;
 constexpr size_t MAX_UNSENT_BYTES = 1 << 20;
 constexpr size_t MAX_WAITING = 8192; /* answers of a client */
 
@@ -54,7 +54,7 @@ bool Server::Open(const std::string &path, std::string *reason) {
     const bool bound = epoll_ >= 0 && wake_ >= 0 && listener_ >= 0 &&
                        bind(listener_, reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0;
     umask(mask);
-    if (!bound || listen(listener_, 16) != 0) {
+    if (!bound || listen(listener_, MAX_CLIENTS) != 0) {
         *reason = path + ": " + std::strerror(errno);
         return false;
     }
@@ -104,7 +104,7 @@ void Server::Accept() {
     const int descriptor = accept4(listener_, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
     if (descriptor < 0)
         return;
-    if (clients_.size() >= MAX_CLIENTS) {
+    if (clients_.size() >= size_t{MAX_CLIENTS}) {
         constexpr char ANSWER[] = "error too many clients are connected\n";
         (void)!send(descriptor, ANSWER, sizeof ANSWER - 1, MSG_NOSIGNAL);
         close(descriptor);

@@ -125,6 +125,10 @@ TEST_F(SessionTable, RefusesWhatIsNoRequest) {
     };
     for (const auto &[line, answer] : rows)
         EXPECT_EQ(answer, Say(line)) << line;
+    EXPECT_EQ("error \"\?[2J\?\?\" is no MAC address as 021a-2b3c-4d5e", Say("logoff \x1b[2J\xc3\xa4"))
+        << "nothing that is shown changes a screen";
+    EXPECT_EQ("error \"" + std::string(48, 'm') + "\" is no MAC address as 021a-2b3c-4d5e",
+              Say("logoff " + std::string(200, 'm')));
     EXPECT_EQ("error a line is text", Say(std::string("logoff\0x", 8)));
     EXPECT_EQ("error the user name must have 1 to 32 characters",
               Say("logon 021a-2b3c-4d5e " + std::string(33, 'n') + " 7 0"));

@@ -62,7 +62,8 @@ def split_page():
 class Page(unittest.TestCase):
     def test_the_lists_name_every_operation_of_every_header_and_whether_the_library_calls_it(self):
         self.assertGreater(sum(map(len, operations().values())), 300)
-        self.assertEqual("\n".join(lists()), split_page()[1])
+        self.assertEqual("\n".join(lists()), split_page()[1],
+                         f"tests/docs/porting_test.py --write {BUILD} makes the lists anew")
 
     def test_what_the_library_expects_is_said_of_every_family_that_it_calls(self):
         called = wanted(BASE)

@@ -265,7 +265,8 @@ class Records(unittest.TestCase):
 
     def test_the_page_is_what_headers_compiler_and_library_say(self):
         self.maxDiff = 4000
-        self.assertEqual("\n" + "\n".join(generated(known_meanings(self.page))), self.page)
+        self.assertEqual("\n" + "\n".join(generated(known_meanings(self.page))), self.page,
+                         f"tests/docs/records_test.py --write {COMPILER} {BUILD} makes the tables anew")
 
     def test_no_structure_and_no_field_of_the_debug_information_is_missing(self):
         found = layouts.structures(COMPILER, HEADERS)
@@ -279,7 +280,8 @@ class Records(unittest.TestCase):
         self.assertEqual(set(object_sizes()), {name for _, _, name, _, _ in objects()})
 
     def test_every_field_and_every_object_has_a_meaning(self):
-        self.assertEqual([], [line for line in self.page.splitlines() if line.endswith(("|  |", "| |"))])
+        self.assertEqual([], [line for line in self.page.splitlines() if line.endswith(("|  |", "| |"))],
+                         "a comment in the header or a word in the page")
 
 
 if __name__ == "__main__":

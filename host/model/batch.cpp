@@ -4,6 +4,7 @@
 #include <map>
 #include <mutex>
 
+using namespace uvel::host;
 using namespace uvel::host::model;
 
 namespace {
@@ -34,7 +35,7 @@ void Reclaim() {
     const uint64_t oldest = OldestVersionInUse();
     while (!retired.empty() && retired.front().version < oldest) {
         for (void *block : retired.front().blocks)
-            ::operator delete(block);
+            RawRelease(block);
         retired.pop_front();
     }
 }
@@ -43,9 +44,12 @@ void Publish(Batch &batch, Retired &retired) {
     const Snapshot *old = g_published.snapshot.load(std::memory_order_relaxed);
     const uint64_t version = batch.next->version;
     retired.blocks = batch.draft.Publish();
+    batch.next->before = old;
     Marks().find(batch.feeder)->second = batch.mark;
     if (old->version != 1) /* the first one is static */
         retired.snapshot.reset(old);
+    /* Readers go by the version; until it is there the new snapshot leads them to the one before. */
+    g_published.interfaces.store(batch.next->interfaces.Numbers().Current(), std::memory_order_seq_cst);
     g_published.snapshot.store(batch.next.release(), std::memory_order_seq_cst);
     g_published.version.store(version, std::memory_order_seq_cst);
     Enqueue(batch.notices.release());

@@ -3,6 +3,7 @@
 #ifndef UVEL_HOST_MODEL_DRAFT_H
 #define UVEL_HOST_MODEL_DRAFT_H
 
+#include "os/raw_memory.h"
 #include <cstddef>
 #include <cstdint>
 #include <new>
@@ -21,10 +22,13 @@ class Draft {
 
     uint64_t Id() const { return id_; }
 
-    /* All three throw std::bad_alloc when memory is short; the draft can only be given up then. */
+    /* All three throw std::bad_alloc when memory is short; the draft can only be given up then. A block shares no cache
+     * line with another one, so that readers miss what changes and nothing else. */
     void *Allocate(std::size_t size) {
         made_.push_back(nullptr);
-        made_.back() = ::operator new(size);
+        made_.back() = RawAllocateLines(size);
+        if (made_.back() == nullptr)
+            throw std::bad_alloc();
         return made_.back();
     }
 

@@ -14,6 +14,21 @@ inline const MDL_IF_S *FindIf(const Reading &model, uint32_t if_index) {
     return interface != nullptr ? interface : GoingIf(if_index);
 }
 
+/* The same at the moment of the question, for questions about nothing else. */
+class AskedInterface {
+  public:
+    explicit AskedInterface(uint32_t if_index) : published_(if_index), found_(published_.Get()) {
+        if (found_ == nullptr) [[unlikely]]
+            found_ = GoingIf(if_index);
+    }
+
+    const MDL_IF_S *Get() const { return found_; }
+
+  private:
+    OneInterface published_;
+    const MDL_IF_S *found_;
+};
+
 /* Writes what `pick` makes of the object, 1 for no object and a null out-pointer. */
 template <typename T, typename Out, typename Pick>
 uint32_t Write(const T *object, Out *out, Pick &&pick) {
@@ -26,8 +41,8 @@ uint32_t Write(const T *object, Out *out, Pick &&pick) {
 /* Writes a field of an interface; 1 also when its value is `none`. */
 template <typename Out, typename Field>
 uint32_t WriteField(uint32_t if_index, Out *out, Field MDL_IF_S::*field, uint32_t none) {
-    const Reading model;
-    const MDL_IF_S *interface = FindIf(model, if_index);
+    const AskedInterface asked(if_index);
+    const MDL_IF_S *interface = asked.Get();
     if (interface == nullptr || out == nullptr || interface->*field == none)
         return 1;
     *out = interface->*field;

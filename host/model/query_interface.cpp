@@ -7,15 +7,15 @@ using namespace uvel::host::model;
 namespace {
 
 uint32_t WriteState(uint32_t if_index, uint32_t *out, uint32_t MDL_IF_S::*state) {
-    const Reading model;
-    return Write(FindIf(model, if_index), out, [&](const MDL_IF_S &each) { return Effective(each, each.*state); });
+    const AskedInterface asked(if_index);
+    return Write(asked.Get(), out, [&](const MDL_IF_S &each) { return Effective(each, each.*state); });
 }
 
 /* 1 when there is the interface and it is as asked. */
 template <typename Is>
 uint32_t Answer(uint32_t if_index, Is &&is) {
-    const Reading model;
-    const MDL_IF_S *interface = FindIf(model, if_index);
+    const AskedInterface asked(if_index);
+    const MDL_IF_S *interface = asked.Get();
     return interface != nullptr && is(*interface);
 }
 
@@ -78,13 +78,13 @@ uint32_t IFPDT_IsAdminEthPort(uint32_t ulIfIndex) {
 }
 
 uint32_t BDS_IfnetGetPortType(uint32_t ulIfIndex, uint32_t *pulType) {
-    const Reading model;
-    return Write(FindIf(model, ulIfIndex), pulType, [](const MDL_IF_S &each) { return each.ulPortType; });
+    const AskedInterface asked(ulIfIndex);
+    return Write(asked.Get(), pulType, [](const MDL_IF_S &each) { return each.ulPortType; });
 }
 
 uint32_t BDS_IfnetGetPhyType(uint32_t ulIfIndex, uint32_t *pulType) {
-    const Reading model;
-    return Write(FindIf(model, ulIfIndex), pulType, [](const MDL_IF_S &each) { return each.ulPhyType; });
+    const AskedInterface asked(ulIfIndex);
+    return Write(asked.Get(), pulType, [](const MDL_IF_S &each) { return each.ulPhyType; });
 }
 
 /* ---- state */
@@ -116,8 +116,8 @@ uint32_t BDS_IfnetGetPortByIfIndex(uint32_t ulIfIndex, uint32_t *pulPort) {
 }
 
 uint32_t BDS_IfnetGetPortIndexByIfIndex(uint32_t ulIfIndex, uint32_t *pulPortIndex) {
-    const Reading model;
-    const MDL_IF_S *interface = FindIf(model, ulIfIndex);
+    const AskedInterface asked(ulIfIndex);
+    const MDL_IF_S *interface = asked.Get();
     if (interface == nullptr || pulPortIndex == nullptr || interface->ulSlot > 0xFF || interface->ulCard > 7 ||
         interface->ulPort > 63)
         return 1;
@@ -126,8 +126,8 @@ uint32_t BDS_IfnetGetPortIndexByIfIndex(uint32_t ulIfIndex, uint32_t *pulPortInd
 }
 
 uint32_t BDS_IfnetGetMainIfIndex(uint32_t ulIfIndex, uint32_t *pulMainIfIndex) {
-    const Reading model;
-    return Write(FindIf(model, ulIfIndex), pulMainIfIndex, [](const MDL_IF_S &each) { return each.ulMainIfIndex; });
+    const AskedInterface asked(ulIfIndex);
+    return Write(asked.Get(), pulMainIfIndex, [](const MDL_IF_S &each) { return each.ulMainIfIndex; });
 }
 
 uint32_t BDS_IfnetGetVapIndexByDbssIfIndex(uint32_t ulIfIndex, uint32_t *pulVapIndex) {
@@ -137,8 +137,8 @@ uint32_t BDS_IfnetGetVapIndexByDbssIfIndex(uint32_t ulIfIndex, uint32_t *pulVapI
 /* ---- addresses and memberships */
 
 uint32_t BDS_IfnetGetMacByIfIndex(uint32_t ulIfIndex, uint8_t aucMac[IF_MAC_SIZE]) {
-    const Reading model;
-    const MDL_IF_S *interface = FindIf(model, ulIfIndex);
+    const AskedInterface asked(ulIfIndex);
+    const MDL_IF_S *interface = asked.Get();
     if (interface == nullptr || aucMac == nullptr)
         return 1;
     std::memcpy(aucMac, interface->aucMac, IF_MAC_SIZE);
@@ -150,26 +150,26 @@ uint32_t BDS_IfnetGetVlanIdByIfIndex(uint32_t ulIfIndex, uint16_t *pusVlanId) {
 }
 
 uint32_t BDS_IfnetGetVrfIndexByIfIndex(uint32_t ulIfIndex, uint32_t *pulVrfIndex) {
-    const Reading model;
-    return Write(FindIf(model, ulIfIndex), pulVrfIndex, [](const MDL_IF_S &each) { return each.ulVrf; });
+    const AskedInterface asked(ulIfIndex);
+    return Write(asked.Get(), pulVrfIndex, [](const MDL_IF_S &each) { return each.ulVrf; });
 }
 
 uint32_t BDS_IfnetGetIpv6VrfIndexByIfIndex(uint32_t ulIfIndex, uint32_t *pulVrfIndex) {
-    const Reading model;
-    return Write(FindIf(model, ulIfIndex), pulVrfIndex, [](const MDL_IF_S &each) { return each.ulIpv6Vrf; });
+    const AskedInterface asked(ulIfIndex);
+    return Write(asked.Get(), pulVrfIndex, [](const MDL_IF_S &each) { return each.ulIpv6Vrf; });
 }
 
 /* ---- names */
 
 uint32_t BDS_IfnetGetIfNameByIfIndex(uint32_t ulIfIndex, char *pszName, uint32_t ulSize) {
-    const Reading model;
-    const MDL_IF_S *interface = FindIf(model, ulIfIndex);
+    const AskedInterface asked(ulIfIndex);
+    const MDL_IF_S *interface = asked.Get();
     return interface == nullptr ? 1 : WriteText(interface->szName, pszName, ulSize);
 }
 
 uint32_t IF_INTF_GetSimpleName(uint32_t ulIfIndex, char *pszName, uint32_t ulSize) {
-    const Reading model;
-    const MDL_IF_S *interface = FindIf(model, ulIfIndex);
+    const AskedInterface asked(ulIfIndex);
+    const MDL_IF_S *interface = asked.Get();
     if (interface == nullptr)
         return 1;
     return WriteText(interface->szShortName[0] != '\0' ? interface->szShortName : interface->szName, pszName, ulSize);
@@ -185,8 +185,8 @@ uint32_t BDS_IfnetGetNumStrFromName(const char *pszName, char *pszNumber, uint32
 /* ---- whole records */
 
 const IF_IFNET_S *IF_GetIfByIndex(uint32_t ulIfIndex) {
-    const Reading model;
-    return Record(FindIf(model, ulIfIndex));
+    const AskedInterface asked(ulIfIndex);
+    return Record(asked.Get());
 }
 
 const IF_IFNET_S *IF_FindFirstSubIfnet(uint32_t ulMainIfIndex) {

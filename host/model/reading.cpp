@@ -1,7 +1,9 @@
 #include "model/reading.h"
 
-#include <mutex>
+#include <linux/membarrier.h>
 #include <new>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 namespace uvel::host::model {
 
@@ -36,10 +38,21 @@ ReaderSlot *ReuseSlot() {
     return nullptr;
 }
 
+bool Membarrier(int command) {
+    return syscall(SYS_membarrier, command, 0, 0) == 0;
+}
+
+/* Whether publishers make announcements known; settled before the first of them. */
+bool PublishersFence() {
+    static const bool can = Membarrier(MEMBARRIER_CMD_REGISTER_PRIVATE_EXPEDITED);
+    return can;
+}
+
 ReaderSlot *AddSlot() {
     auto *slot = new (std::nothrow) ReaderSlot;
     if (slot == nullptr)
         return nullptr;
+    slot->fences = !PublishersFence();
     slot->owned.store(true, std::memory_order_relaxed);
     slot->next = g_slots.load(std::memory_order_relaxed);
     while (!g_slots.compare_exchange_weak(slot->next, slot, std::memory_order_seq_cst)) {
@@ -49,10 +62,10 @@ ReaderSlot *AddSlot() {
 
 } // namespace
 
-constinit Published g_published = {&g_empty, 1};
+constinit Published g_published = {&g_empty, 1, nullptr};
 constinit thread_local ReaderSlot *t_slot __attribute__((tls_model("initial-exec"))) = nullptr;
 
-ReaderSlot *Reading::TakeSlot() {
+ReaderSlot *Pin::TakeSlot() {
     if (t_ended)
         return nullptr;
     [[maybe_unused]] const SlotOfThread *ends_with_the_thread = &t_slot_of_thread;
@@ -62,15 +75,17 @@ ReaderSlot *Reading::TakeSlot() {
     return t_slot;
 }
 
-void Reading::AnnounceWithoutSlot() {
+void Pin::AnnounceWithoutSlot() {
     g_readers_without_slot.fetch_add(1, std::memory_order_seq_cst);
 }
 
-void Reading::WithdrawWithoutSlot() {
+void Pin::WithdrawWithoutSlot() {
     g_readers_without_slot.fetch_sub(1, std::memory_order_release);
 }
 
 uint64_t OldestVersionInUse() {
+    if (PublishersFence() && !Membarrier(MEMBARRIER_CMD_PRIVATE_EXPEDITED))
+        return 0; /* nobody knows: nothing is old enough */
     if (g_readers_without_slot.load(std::memory_order_seq_cst) != 0)
         return 0;
     uint64_t oldest = UINT64_MAX;

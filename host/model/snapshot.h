@@ -2,92 +2,15 @@
 #ifndef UVEL_HOST_MODEL_SNAPSHOT_H
 #define UVEL_HOST_MODEL_SNAPSHOT_H
 
-#include "model/sorted_map.h"
+#include "model/table.h"
 #include <array>
-#include <atomic>
 #include <compare>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <uvelhost/model.h>
 
 namespace uvel::host::model {
-
-/* An object since one version. Changing it hangs a newer node into its place in the map; who reads an older snapshot
- * meets that one too and goes on to the node before it. */
-template <typename T>
-struct Node {
-    uint64_t since;   /* version of the first snapshot that shows it */
-    const Node *prev; /* what the snapshots before show; followed by their readers only */
-    T value;
-    mutable uint32_t feeder; /* this and the mark are looked at by feeders only, under their lock */
-    mutable uint32_t mark;
-};
-
-/* Objects by key. A change of an object copies nothing but the object, so that readers keep the map in their caches
- * however often objects change; adding and removing change the map. */
-template <typename Key, typename T>
-class Table {
-  public:
-    const T *Get(const Key &key) const {
-        const Node<T> *node = GetNode(key);
-        return node == nullptr ? nullptr : &node->value;
-    }
-
-    const Node<T> *GetNode(const Key &key) const {
-        const Place *place = map_.Find(key);
-        return place == nullptr ? nullptr : Seen(*place);
-    }
-
-    uint32_t Size() const { return map_.Size(); }
-
-    /* visit(key, const Node<T> &) answers whether to go on. */
-    template <typename Visit>
-    void VisitFrom(const Key &from, Visit &&visit) const {
-        map_.VisitFrom(from, [&](const Key &key, const Place &place) { return visit(key, *Seen(place)); });
-    }
-
-    void Set(Draft &draft, const Key &key, const T &value, uint32_t feeder, uint32_t mark) {
-        const Place *place = map_.Find(key);
-        const Node<T> *old = place == nullptr ? nullptr : *place;
-        const Node<T> *shown = old != nullptr && old->since == version_ ? old->prev : old;
-        const auto *node = new (draft.Allocate(sizeof(Node<T>))) Node<T>{version_, shown, value, feeder, mark};
-        if (old == nullptr) {
-            map_.Set(draft, key, node);
-            return;
-        }
-        draft.Retire(old);
-        draft.UndoBy(Put, const_cast<Place *>(place), old);
-        Put(const_cast<Place *>(place), node);
-    }
-
-    void Erase(Draft &draft, const Key &key) {
-        const Place *place = map_.Find(key);
-        if (place == nullptr)
-            return;
-        draft.Retire(*place);
-        map_.Erase(draft, key);
-    }
-
-    /* Whose nodes are shown, and since when those that are put from now on. */
-    void SetVersion(uint64_t version) { version_ = version; }
-
-  private:
-    using Place = const Node<T> *;
-
-    static void Put(void *place, const void *node) {
-        std::atomic_ref(*static_cast<Place *>(place)).store(static_cast<Place>(node), std::memory_order_release);
-    }
-
-    const Node<T> *Seen(const Place &place) const {
-        const Node<T> *node = std::atomic_ref(const_cast<Place &>(place)).load(std::memory_order_acquire);
-        while (node->since > version_)
-            [[unlikely]] node = node->prev;
-        return node;
-    }
-
-    SortedMap<Key, Place> map_;
-    uint64_t version_ = 1;
-};
 
 /* Two numbers, ordered by the first. */
 constexpr uint64_t Pair(uint32_t first, uint32_t second) {
@@ -142,8 +65,12 @@ struct Addr4 {
     uint32_t age;
 };
 
+static_assert(sizeof(Link) + offsetof(MDL_IF_S, ulVrf) + sizeof(uint32_t) <= CACHE_LINE,
+              "what is asked for most lies in the line that says what is shown");
+
 struct Snapshot {
     uint64_t version = 1;
+    const Snapshot *before = nullptr; /* for readers that came while this one was being published */
     MDL_DEVICE_S device = {UVELHOST_NONE, 0, 0, 4096, 0, {}, {}, 0, {}};
 
     Table<uint32_t, MDL_BOARD_S> boards;

@@ -3,13 +3,10 @@
 #include "os/accounts.h"
 #include "os/counters.h"
 #include "os/places.h"
+#include "os/raw_memory.h"
 #include <cstddef>
-#include <cstdlib>
 #include <cstring>
 #include <mutex>
-#ifdef UVELHOST_MIMALLOC
-#include <mimalloc.h>
-#endif
 
 using namespace uvel::host;
 
@@ -58,28 +55,6 @@ uint64_t CheckOf(const Header *header, uint64_t tag) {
     return ~(reinterpret_cast<uintptr_t>(header) ^ tag);
 }
 constexpr uint64_t RELEASED = 0;
-
-#ifdef UVELHOST_MIMALLOC
-void *RawAllocate(std::size_t size) {
-    return mi_malloc(size);
-}
-void *RawReallocate(void *block, std::size_t size) {
-    return mi_realloc(block, size);
-}
-void RawRelease(void *block) {
-    mi_free(block);
-}
-#else
-void *RawAllocate(std::size_t size) {
-    return std::malloc(size);
-}
-void *RawReallocate(void *block, std::size_t size) {
-    return std::realloc(block, size);
-}
-void RawRelease(void *block) {
-    std::free(block);
-}
-#endif
 
 /* The header of a live block of ours, else null. Looking at a block that was released already is the purpose here, so
  * sanitizers are told not to mind. */

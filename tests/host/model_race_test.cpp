@@ -3,10 +3,17 @@
 #include "model_fixtures.h"
 
 #include <atomic>
+#include <cerrno>
 #include <chrono>
+#include <cstddef>
 #include <functional>
+#include <iterator>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
 #include <map>
 #include <random>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
 #include <thread>
 #include <uvelhost/model_view.h>
 #include <vector>
@@ -34,6 +41,17 @@ void RunReaders(const std::function<void()> &read, const std::function<void(uint
         reader.join();
 }
 
+/* Makes the system call fail as it does on kernels that do not know it. */
+void ForbidMembarrier() {
+    sock_filter refuse[] = {BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+                            BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_membarrier, 0, 1),
+                            BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | ENOSYS),
+                            BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW)};
+    const sock_fprog program = {std::size(refuse), refuse};
+    ASSERT_EQ(0, prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0));
+    ASSERT_EQ(0, prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program));
+}
+
 } // namespace
 
 TEST_F(HostModelRace, AReaderNeverSeesHalfAChange) {
@@ -59,6 +77,58 @@ TEST_F(HostModelRace, AReaderNeverSeesHalfAChange) {
         },
         put);
     EXPECT_LT(0u, seen);
+}
+
+TEST_F(HostModelRace, NoAnswerIsOlderThanTheOneBefore) {
+    constexpr uint32_t MAIN = 1, SUB = 2;
+    const auto put = [](uint32_t round) {
+        InBatch([&](MDL_BATCH *batch) {
+            for (uint32_t if_index : {MAIN, SUB}) {
+                MDL_IF_S interface = Interface(if_index);
+                interface.ulMainIfIndex = MAIN;
+                interface.ulPortType = round;
+                EXPECT_EQ(0u, MDL_PutIf(batch, &interface));
+            }
+        });
+    };
+    put(0);
+    RunReaders(
+        [] {
+            uint32_t last = 0;
+            for (int i = 0; i < 100; ++i) {
+                const IF_IFNET_S *sub = IF_FindFirstSubIfnet(MAIN); /* walks through the whole model */
+                ASSERT_NE(nullptr, sub);
+                ASSERT_LE(last, sub->ulPortType);
+                last = sub->ulPortType;
+                uint32_t type = 0; /* asks for the one interface */
+                ASSERT_EQ(0u, BDS_IfnetGetPortType(MAIN, &type));
+                ASSERT_LE(last, type);
+                last = type;
+            }
+        },
+        put);
+}
+
+TEST_F(HostModelRace, ReadersAreSafeAlsoWhereTheKernelDoesNotHelpThem) {
+    std::thread([] {
+        ForbidMembarrier(); /* to this thread and those that it begins */
+        for (uint32_t i = 1; i <= 10; ++i)
+            PutIf(Interface(i));
+        RunReaders(
+            [] {
+                for (uint32_t i = 1; i <= 10; ++i) {
+                    const IF_IFNET_S *record = IF_GetIfByIndex(i);
+                    ASSERT_NE(nullptr, record);
+                    ASSERT_EQ(i, record->ulIfIndex);
+                    ASSERT_EQ(record->ulPortType, record->ulPhyType);
+                }
+            },
+            [](uint32_t round) {
+                MDL_IF_S interface = Interface(round % 10 + 1);
+                interface.ulPortType = interface.ulPhyType = round;
+                PutIf(interface);
+            });
+    }).join();
 }
 
 TEST_F(HostModelRace, WhatComesAndGoesIsThereWholeOrNotAtAll) {

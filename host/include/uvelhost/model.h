@@ -110,11 +110,10 @@ typedef struct {
 #define MDL_IF_TEMP 1U      /* kept out of the configuration */
 #define MDL_IF_ADMIN_ETH 2U /* Ethernet port of the management */
 
+/* What is asked for most comes first: it lies in the cache line that every question about the interface reads. */
 typedef struct {
     uint32_t ulIfIndex;
     uint32_t ulMainIfIndex; /* of a sub-interface; otherwise 0 or its own */
-    uint32_t ulKind;        /* MDL_IF_* kind */
-    uint32_t ulFlags;       /* MDL_IF_TEMP, MDL_IF_ADMIN_ETH */
     uint32_t ulPortType;
     uint32_t ulPhyType;
     uint32_t ulLayer; /* 2 or 3 */
@@ -122,17 +121,19 @@ typedef struct {
     uint32_t ulIpv6State;
     uint32_t ulPhyState;
     uint32_t ulAdminDown; /* 1: taken down by administration, the three states then answer "down" */
-    uint32_t ulSlot;      /* UVELHOST_NONE: sits on no single board */
+    uint32_t ulVrf;       /* of IPv4 */
+    uint32_t ulIpv6Vrf;
+    uint32_t ulKind;  /* MDL_IF_* kind */
+    uint32_t ulFlags; /* MDL_IF_TEMP, MDL_IF_ADMIN_ETH */
+    uint32_t ulSlot;  /* UVELHOST_NONE: sits on no single board */
     uint32_t ulCard;
     uint32_t ulPort;
     uint32_t ulPortIndex; /* of a switch port, below ulMaxSwitchPorts; MDL_AUTO, UVELHOST_NONE */
     uint32_t ulPortMode;  /* L2IF_MODE_* */
-    uint32_t ulVrf;       /* of IPv4 */
-    uint32_t ulIpv6Vrf;
-    uint32_t ulBd;     /* bridge domain, below 0x10000; UVELHOST_NONE */
-    uint32_t ulVap;    /* virtual access point; UVELHOST_NONE */
-    uint16_t usVlanId; /* that a VLAN interface or sub-interface stands for; MDL_NO_VLAN */
-    uint16_t usPvid;   /* of a switch port's untagged frames; MDL_NO_VLAN */
+    uint32_t ulBd;        /* bridge domain, below 0x10000; UVELHOST_NONE */
+    uint32_t ulVap;       /* virtual access point; UVELHOST_NONE */
+    uint16_t usVlanId;    /* that a VLAN interface or sub-interface stands for; MDL_NO_VLAN */
+    uint16_t usPvid;      /* of a switch port's untagged frames; MDL_NO_VLAN */
     uint8_t aucMac[IF_MAC_SIZE];
     uint8_t aucReserved[2];
     char szName[IF_NAME_SIZE];

@@ -49,7 +49,7 @@ std::optional<uint64_t> EtcdStore::Write(const Name &name, std::optional<std::st
     const auto deadline = Clock::now() + PATIENCE;
     const etcd::KeyRange key = etcd::RangeOfKey(endpoint_.prefix, name);
     std::optional<uint64_t> doubtful; /* what a write was conditional on that may or may not have been done */
-    for (;;) {
+    do {
         const etcd::RangeReply before = ReadPage(key, 0, deadline);
         const uint64_t revision = before.items.empty() ? 0 : before.items.front().revision;
         /* The key has changed since: either that was the doubtful write, or it came too late and never will be done,
@@ -63,13 +63,16 @@ std::optional<uint64_t> EtcdStore::Write(const Name &name, std::optional<std::st
             const auto reply = etcd::ReadWrite(AskNode("/v3/kv/txn", body));
             if (reply.is_done)
                 return reply.revision;
+            if (request_.MayHaveBeenRepeated()) /* who was first may have been this very write */
+                doubtful = revision;
         } catch (const NotSent &) {
             UseNextNode(deadline);
         } catch (const StoreError &) {
             doubtful = revision;
             UseNextNode(deadline);
         }
-    }
+    } while (Clock::now() < deadline);
+    throw StoreError("others write the same key all the time");
 }
 
 uint64_t EtcdStore::Put(const Name &name, std::string_view value) {

@@ -103,9 +103,23 @@ void HttpRequest::Judge(CURLcode code) const {
         url_.substr(0, url_.find("/v3/")) + ": " + (has_time || error_[0] == '\0' ? curl_easy_strerror(code) : error_);
     if (code == CURLE_PEER_FAILED_VERIFICATION || code == CURLE_SSL_CERTPROBLEM || code == CURLE_SSL_CACERT_BADFILE)
         throw TrustError(text);
-    if (code == CURLE_COULDNT_RESOLVE_HOST || code == CURLE_COULDNT_CONNECT)
+    const bool had_no_server = code == CURLE_COULDNT_RESOLVE_HOST || code == CURLE_COULDNT_CONNECT;
+    if (had_no_server && Info<CURLINFO_REQUEST_SIZE>() == 0)
         throw NotSent(text);
     throw StoreError(text);
+}
+
+/* An old connection that breaks before the answer is replaced by curl on its own, and the request sent again. A new
+ * connection is all that can be seen of it. */
+bool HttpRequest::MayHaveBeenRepeated() const {
+    return Info<CURLINFO_NUM_CONNECTS>() != 0;
+}
+
+template <CURLINFO WHAT>
+long HttpRequest::Info() const {
+    long value = 0;
+    curl_easy_getinfo(handle_.get(), WHAT, &value);
+    return value;
 }
 
 void HttpRequest::Perform() {

@@ -45,11 +45,17 @@ class HttpRequest {
     /* Throws StoreError for a request that failed. Answers of etcd that report an error are answers. */
     void Judge(CURLcode code) const;
 
+    /* Whether the request that was answered may have reached a server before. */
+    bool MayHaveBeenRepeated() const;
+
     CURL *Handle() const { return handle_.get(); }
     std::string &Received() { return received_; }
 
   private:
     static std::size_t Receive(char *bytes, std::size_t size, std::size_t count, void *self) noexcept;
+
+    template <CURLINFO WHAT>
+    long Info() const;
 
     struct Closer {
         void operator()(CURL *handle) const { curl_easy_cleanup(handle); }

@@ -16,9 +16,14 @@ class FakeServer {
   public:
     using Answer = std::function<std::optional<std::string>(const std::string &request)>;
 
-    explicit FakeServer(Answer answer) : answer_(std::move(answer)), socket_(BoundSocket(port_)) {
+    explicit FakeServer(Answer answer, std::function<void(int listener)> before = nullptr)
+        : answer_(std::move(answer)), socket_(BoundSocket(port_)) {
         EXPECT_EQ(0, listen(socket_, 16));
-        thread_ = std::thread([this] { Serve(); });
+        thread_ = std::thread([this, before = std::move(before)] {
+            if (before != nullptr)
+                before(socket_);
+            Serve();
+        });
     }
     explicit FakeServer(const std::string &bytes) : FakeServer([=](const std::string &) { return bytes; }) {}
     ~FakeServer() {
@@ -111,6 +116,52 @@ TEST(ConfdbServer, ThatNeverConfirmsAWatchIsReported) {
     watch.HandleFor(4s);
     const std::string said = testing::internal::GetCapturedStderr();
     EXPECT_NE(said.npos, said.find("does not confirm a watch")) << said;
+}
+
+/* Answers a question on a connection that stays open and takes the write that follows; answers the connection. */
+int TakeAWrite(int listener) {
+    const int peer = accept4(listener, nullptr, nullptr, SOCK_CLOEXEC);
+    char bytes[4096];
+    EXPECT_LT(0, read(peer, bytes, sizeof bytes));
+    const std::string there_is_nothing = "HTTP/1.1 200 OK\r\nContent-Length: 27\r\n\r\n"
+                                         R"({"header":{"revision":"5"}})";
+    EXPECT_LT(0, send(peer, there_is_nothing.data(), there_is_nothing.size(), MSG_NOSIGNAL));
+    EXPECT_LT(0, read(peer, bytes, sizeof bytes));
+    return peer;
+}
+
+/* What a cluster answers in which the write of "t/k" was done. */
+FakeServer::Answer WriteWasDone(std::atomic<int> &writes) {
+    return [&](const std::string &request) {
+        const bool is_write = request.starts_with("POST /v3/kv/txn");
+        writes += is_write;
+        return FakeServer::Http(is_write ? R"({"header":{"revision":"7"}})"
+                                         : R"({"header":{"revision":"7"},"kvs":[)"
+                                           R"({"key":"L3V2ZWwvdC9r","value":"MQ==","mod_revision":"7"}]})");
+    };
+}
+
+TEST(ConfdbServer, ThatDiesWithAWriteMayHaveDoneItAndIsNotOutdoneByASecondOne) {
+    std::atomic<int> writes = 0;
+    const FakeServer next(WriteWasDone(writes));
+    int port = 0;
+    const int listener = BoundSocket(port);
+    ASSERT_EQ(0, listen(listener, 16));
+    std::thread dying([=] {
+        const int peer = TakeAWrite(listener);
+        close(listener); /* first: nobody answers when the broken connection is replaced */
+        close(peer);
+    });
+    Store("etcd://127.0.0.1:" + std::to_string(port) + "," + next.HostAndPort()).Put("t", "k", "1");
+    dying.join();
+    EXPECT_EQ(0, writes);
+}
+
+TEST(ConfdbServer, ThatBreaksTheConnectionOfAWriteMayHaveDoneItAndIsNotAskedForAThirdOne) {
+    std::atomic<int> writes = 0;
+    const FakeServer server(WriteWasDone(writes), [](int listener) { close(TakeAWrite(listener)); });
+    Store(server.Endpoint()).Put("t", "k", "1");
+    EXPECT_EQ(1, writes); /* the one that was sent again on a new connection, and came second */
 }
 
 class ConfdbServerBeside : public EtcdTest {};

@@ -76,10 +76,10 @@ UVELHOST_API uint32_t db_handle_event(int32_t lFd);
 
 /* How a connection does, for people to see. */
 typedef struct {
-    char szClient[32];   /* as its descriptor named it */
-    char szTrouble[256]; /* empty, or what was wrong latest while the database is out of reach */
-    uint32_t ulSubscriptions;
-    uint32_t ulOutages; /* since the connection was opened, the present one included */
+    char szClient[32];        /* as its descriptor named it */
+    char szTrouble[256];      /* empty, or what was wrong latest while the database is out of reach */
+    uint32_t ulSubscriptions; /* tables that are subscribed to */
+    uint32_t ulOutages;       /* since the connection was opened, the present one included */
 } DB_CONN_STATE_S;
 
 /* State of the connection of number ulNumber, counted from 0 in the order of their opening. Fails behind the last one and

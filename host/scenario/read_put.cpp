@@ -199,6 +199,11 @@ void ReadVrrp(const Node &node, Operations &operations) {
     operations.Add(node, "a virtual router", [vrrp](MDL_BATCH *batch) { return MDL_PutVrrp(batch, &vrrp); });
 }
 
+void ReadNewRoute(const Node &node, Operations &operations) {
+    operations.Add(node, "a route",
+                   [route = ReadRoute(node)](MDL_BATCH *batch) { return MDL_PutRoute(batch, &route); });
+}
+
 void ReadRole(const Node &node, Operations &operations) {
     const Fields fields(node, {"role", "master", "slave", "state", "ready"});
     MDL_HA_S role = {HA_BOARD_MASTER, UVELHOST_NONE, UVELHOST_NONE, HA_STATE_ALONE, 0};
@@ -222,7 +227,7 @@ void ReadRole(const Node &node, Operations &operations) {
 
 void ReadPut(const Node &put, Operations &operations) {
     const Fields fields(put, {"name", "mac", "self-slot", "self-cpu", "lan-switch", "max-ports", "boards", "vrfs",
-                              "vlans", "interfaces", "trunks", "vrrp", "availability"});
+                              "vlans", "interfaces", "trunks", "vrrp", "routes", "availability"});
     const auto each = [&](std::string_view key, void (*read)(const Node &, Operations &)) {
         if (const auto list = fields.Optional(key))
             for (const Node &node : list->Items())
@@ -235,6 +240,7 @@ void ReadPut(const Node &put, Operations &operations) {
     each("interfaces", ReadInterface);
     each("trunks", ReadTrunk);
     each("vrrp", ReadVrrp);
+    each("routes", ReadNewRoute);
     if (const auto role = fields.Optional("availability"))
         ReadRole(*role, operations);
 }

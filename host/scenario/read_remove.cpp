@@ -27,6 +27,11 @@ void ReadVrrp(const Node &node, Operations &operations) {
     operations.Add(node, "a virtual router", [=](MDL_BATCH *batch) { return MDL_RemoveVrrp(batch, if_index, addr); });
 }
 
+void ReadRouteToGo(const Node &node, Operations &operations) {
+    operations.Add(node, "a route",
+                   [route = ReadRoute(node)](MDL_BATCH *batch) { return MDL_RemoveRoute(batch, &route); });
+}
+
 void ReadVlanRange(const Node &node, Operations &operations) {
     const auto [first, last] = ReadVlans(node);
     for (uint32_t vlan = first; vlan <= last; ++vlan)
@@ -43,13 +48,14 @@ void ReadNumber(const Node &node, Operations &operations) {
 } // namespace
 
 void ReadRemove(const Node &remove, Operations &operations) {
-    const Fields fields(
-        remove, {"boards", "vrfs", "vlans", "interfaces", "addresses", "port-vlans", "trunks", "members", "vrrp"});
+    const Fields fields(remove, {"boards", "vrfs", "vlans", "interfaces", "addresses", "port-vlans", "trunks",
+                                 "members", "vrrp", "routes"});
     const auto each = [&](std::string_view key, void (*read)(const Node &, Operations &)) {
         if (const auto list = fields.Optional(key))
             for (const Node &node : list->Items())
                 read(node, operations);
     };
+    each("routes", ReadRouteToGo);
     each("vrrp", ReadVrrp);
     each("addresses", ReadAddress);
     each("members", ReadNumber<MDL_RemoveMember>);

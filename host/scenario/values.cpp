@@ -79,6 +79,20 @@ Prefix ReadPrefix(const yaml::Node &node) {
     return prefix;
 }
 
+MDL_ROUTE_S ReadRoute(const yaml::Node &node) {
+    const yaml::Fields fields(node, {"destination", "interface", "next-hop", "vrf"});
+    const yaml::Node destination = fields.Required("destination");
+    const Prefix prefix = ReadPrefix(destination);
+    if (prefix.is_ipv6)
+        destination.Refuse("an IPv4 prefix such as 192.0.2.0/24");
+    MDL_ROUTE_S route = {0, prefix.ipv4, prefix.length, ReadIfIndex(fields.Required("interface")), 0};
+    if (const auto next_hop = fields.Optional("next-hop"))
+        route.ulNextHop = ReadIpv4(*next_hop);
+    if (const auto vrf = fields.Optional("vrf"))
+        route.ulVrfIndex = ReadU32(*vrf);
+    return route;
+}
+
 std::pair<uint32_t, uint32_t> ReadVlans(const yaml::Node &node) {
     uint32_t first = 0, last = 0;
     const std::string text = Scalar(node);

@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdint>
 #include <utility>
+#include <uvelhost/model.h>
 #include <vector>
 
 #include "yaml/document.h"
@@ -34,6 +35,9 @@ struct Prefix {
     uint32_t length;
 };
 Prefix ReadPrefix(const yaml::Node &node);
+
+/* destination, interface; next-hop, vrf */
+MDL_ROUTE_S ReadRoute(const yaml::Node &node);
 
 /* "20" or "100-199": first and last, 0 to 4095. */
 std::pair<uint32_t, uint32_t> ReadVlans(const yaml::Node &node);

@@ -59,7 +59,7 @@ inline std::string Data(uint32_t event, const void *data) {
     std::string text;
     const auto *words = static_cast<const uint32_t *>(data);
     const uint32_t number = event & ~L2IF_EVT_NOW;
-    if (number >= 577 && number != 593) {
+    if (number >= 577 && number <= 582) {
         for (uint32_t vlan = 0; vlan < 4096; ++vlan)
             if ((words[vlan / 32] >> vlan % 32 & 1) != 0)
                 text += " v" + std::to_string(vlan);
@@ -93,6 +93,13 @@ inline uint32_t OnL2(const void *key, uint32_t event, void *data) {
 inline uint32_t OnTrunk(uint32_t trunk, uint32_t event, uint32_t value) {
     return Line(Join("trunk", trunk, event, value));
 }
+inline uint32_t OnTrunkConfiguration(uint32_t trunk, uint32_t event, const void *data) {
+    const auto *bytes = static_cast<const uint8_t *>(data);
+    return Line(Join("trunk-cfg", trunk, event, bytes[0], bytes[1], bytes[2]));
+}
+inline uint32_t OnRecovered() {
+    return Line("recovered");
+}
 inline uint32_t OnVrf(uint32_t kind, uint16_t *vsys) {
     return Line(Join("vsys", kind, *vsys));
 }
@@ -109,10 +116,12 @@ inline void Listen() {
         bad |= IF_INTF_RegEvtCb(IF_EVT_BD, IF_EVT_ALL_SUB, as(OnBd), 1, IF_EVT_MASK_ALL);
         bad |= IF_RegNotifyFunc(1, OnNotify);
         bad |= IP_EventNotifyFuncRegister("test", IP_EVT_CLASS_ADDR, OnIp);
-        for (uint32_t group : {4U, 5U, 6U, 9U, 11U, 12U, 13U, 14U, 16U, 22U, 23U, 37U})
+        for (uint32_t group : {4U, 5U, 6U, 9U, 11U, 12U, 13U, 14U, 16U, 22U, 23U, 24U, 36U, 37U, 54U})
             bad |= L2IF_SH_EvtCbFuncReg("test", group, 1, OnL2);
         for (auto [trunk_class, event] : {std::pair{1u, 2u}, {2u, 3u}, {3u, 6u}, {3u, 7u}, {3u, 8u}})
             bad |= Trunk_EventNotifyFuncRegister("test", trunk_class, event, 1, as(OnTrunk));
+        bad |= Trunk_EventNotifyFuncRegister("test", 1, TRUNK_EVT_HAS_CFG, 1, as(OnTrunkConfiguration));
+        bad |= CFM_OverNotifyModuleRegister(1, 0, 0, 0, OnRecovered);
         for (uint32_t kind : {VRF_EVT_CREATED, VRF_EVT_DELETED})
             bad |= VPNBASE_VRFMGM_RegisterCb(1, kind, OnVrf);
         return bad == 0;

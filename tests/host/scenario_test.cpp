@@ -154,9 +154,11 @@ device:
   interfaces: [{index: 7, name: a, port-index: 3, addresses: [192.0.2.1/24, "2001:db8::1/64"], vlans: {tagged: [20]}}]
   trunks: [{id: 1, interface: 100, members: [7, 8]}]
   vrrp: [{interface: 7, address: 192.0.2.254, mac: 00:00:5e:00:01:01}]
+  routes: [{destination: 198.51.100.0/24, interface: 7, next-hop: 192.0.2.9, vrf: 5}]
 steps:
   - at: 1ms
     remove:
+      routes: [{destination: 198.51.100.0/24, interface: 7, next-hop: 192.0.2.9, vrf: 5}]
       boards: [3]
       vrfs: [5]
       vlans: [20-21, 22]
@@ -187,7 +189,31 @@ steps:
     EXPECT_NE(0u, MDL_NextMember(0, &member));
     EXPECT_NE(0u, MDL_NextTrunk(0, &trunk));
     EXPECT_NE(0u, MDL_NextVrrp(0, 0, &vrrp));
+    MDL_ROUTE_S route;
+    EXPECT_NE(0u, MDL_NextRoute(nullptr, &route));
     EXPECT_NE(0u, MDL_NextIf(0, &interface));
+}
+
+TEST_F(HostScenario, PutsRoutes) {
+    Play("device: {routes: [{destination: 198.51.100.0/24, interface: 7, next-hop: 192.0.2.9, vrf: 5},"
+         "                  {destination: 203.0.113.7/32, interface: 8}]}");
+    MDL_ROUTE_S route;
+    ASSERT_EQ(0u, MDL_NextRoute(nullptr, &route));
+    EXPECT_EQ(0u, route.ulVrfIndex);
+    EXPECT_EQ(0xCB007107u, route.ulAddr);
+    EXPECT_EQ(32u, route.ulPrefixLen);
+    EXPECT_EQ(8u, route.ulIfIndex);
+    EXPECT_EQ(0u, route.ulNextHop);
+    ASSERT_EQ(0u, MDL_NextRoute(&route, &route));
+    EXPECT_EQ(5u, route.ulVrfIndex);
+    EXPECT_EQ(0xC6336400u, route.ulAddr);
+    EXPECT_EQ(24u, route.ulPrefixLen);
+    EXPECT_EQ(7u, route.ulIfIndex);
+    EXPECT_EQ(0xC0000209u, route.ulNextHop);
+    EXPECT_EQ("s.yaml:1:33: expected an IPv4 prefix such as 192.0.2.0/24, found \"2001:db8::/32\"",
+              ComplaintOf("device: {routes: [{destination: \"2001:db8::/32\", interface: 7}]}"));
+    EXPECT_NE("accepted", ComplaintOf("device: {routes: [{destination: 192.0.2.0/24}]}"));
+    EXPECT_NE("accepted", ComplaintOf("device: {routes: [{interface: 7}]}"));
 }
 
 TEST_F(HostScenario, RaisesEveryNotification) {
@@ -201,7 +227,14 @@ TEST_F(HostScenario, RaisesEveryNotification) {
     EXPECT_EQ((Lines{"notify 7 23 1 2"}), Raised("notify: {interface: 7, command: 23, param: 1, extra: 2}"));
     EXPECT_EQ((Lines{"ip 7 16 10 0 0 1"}), Raised("address: {event: 16, interface: 7, address: 10.0.0.1}"));
     EXPECT_EQ((Lines{"trunk 50 8 7"}), Raised("trunk: {class: 3, event: 8, trunk: 50, value: 7}"));
+    EXPECT_EQ((Lines{"trunk 50 2 7"}), Raised("trunk: {class: 1, event: 2, trunk: 50, value: 7}"));
+    EXPECT_EQ((Lines{"trunk 50 3 7"}), Raised("trunk: {class: 2, event: 3, trunk: 50, value: 7}"));
+    EXPECT_EQ((Lines{"trunk 50 6 9"}), Raised("trunk: {class: 3, event: 6, trunk: 50, value: 9}"));
+    EXPECT_EQ((Lines{"trunk 50 7 7"}), Raised("trunk: {class: 3, event: 7, trunk: 50, value: 7}"));
+    EXPECT_EQ((Lines{"trunk-cfg 50 11 1 2 255"}), Raised("trunk: {class: 1, event: 11, trunk: 50, data: 0102ff}"));
+    EXPECT_EQ((Lines{"vsys 1 8"}), Raised("system: {kind: created, id: 8}"));
     EXPECT_EQ((Lines{"vsys 2 9"}), Raised("system: {kind: deleted, id: 9}"));
+    EXPECT_EQ((Lines{"recovered"}), Raised("recovered: true"));
 }
 
 TEST_F(HostScenario, RaisesEveryNotificationOfLayer2) {
@@ -214,6 +247,21 @@ TEST_F(HostScenario, RaisesEveryNotificationOfLayer2) {
     EXPECT_EQ((Lines{"l2 210 7 null"}), Raised("layer2: {event: 210, interface: 7}"));
     EXPECT_EQ((Lines{"l2 593 3 20"}), Raised("layer2: {event: 593, port: 3, value: 20}"));
     EXPECT_EQ((Lines{"l2 337 3 1"}), Raised("layer2: {event: 337, port: 3, words: [1,2,3,4,5,6,7,8,9,10]}"));
+    EXPECT_EQ((Lines{"l2 337+ 3 1"}),
+              Raised("layer2: {event: 337, now: true, port: 3, words: [1,2,3,4,5,6,7,8,9,10]}"));
+    EXPECT_EQ((Lines{"l2 353 3 7"}), Raised("layer2: {event: 353, port: 3, words: [7,2,3,4,5,6,7,8,9,10]}"));
+    EXPECT_EQ((Lines{"l2 65 10 20"}), Raised("layer2: {event: 65, super: 10, sub: 20}"));
+    EXPECT_EQ((Lines{"l2 129 20 null"}), Raised("layer2: {event: 129, vlan: 20}"));
+    EXPECT_EQ((Lines{"l2 193+ 7 null"}), Raised("layer2: {event: 193, now: true, interface: 7}"));
+    EXPECT_EQ((Lines{"l2 209 7 null"}), Raised("layer2: {event: 209, interface: 7}"));
+    EXPECT_EQ((Lines{"l2 241 3 20"}), Raised("layer2: {event: 241, port: 3, value: 20}"));
+    EXPECT_EQ((Lines{"l2 368 20 9"}), Raised("layer2: {event: 368, vlan: 20, context: 9}"));
+    EXPECT_EQ((Lines{"l2 387 20 9"}), Raised("layer2: {event: 387, vlan: 20, context: 9}"));
+    EXPECT_EQ((Lines{"l2 577 null v1"}), Raised("layer2: {event: 577, vlans: [1]}"));
+    EXPECT_EQ((Lines{"l2 578 null v1"}), Raised("layer2: {event: 578, vlans: [1]}"));
+    EXPECT_EQ((Lines{"l2 579+ null v1"}), Raised("layer2: {event: 579, now: true, vlans: [1]}"));
+    EXPECT_EQ((Lines{"l2 580 null v1"}), Raised("layer2: {event: 580, vlans: [1]}"));
+    EXPECT_EQ((Lines{"l2 848 258 513"}), Raised("layer2: {event: 848, key: \"0201\", data: \"0102\"}"));
     EXPECT_EQ((Lines{"l2 582 null v1 v2 v4095"}), Raised("layer2: {event: 582, vlans: [1-2, 4095]}"));
 }
 

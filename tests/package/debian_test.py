@@ -143,10 +143,11 @@ class Packages(unittest.TestCase):
         examples = "usr/share/doc/uveld/examples"
         pages = {f"usr/share/man/man{page[-1]}/{page}.gz"
                  for page in ("uvelctl.1", "uvel-scenario.5", "uveld.yaml.5", "uveld.8")}
-        self.assertEqual(self.documents("uveld") | {
+        completions = {f"usr/share/bash-completion/completions/{name}" for name in ("uvelctl", "uveld")}
+        self.assertEqual(self.documents("uveld") | pages | completions | {
             "etc/uvel/sessions.xml", "etc/uvel/uveld.yaml", "lib/systemd/system/uveld.service", "usr/bin/uvelctl",
             "usr/sbin/uveld", "usr/lib/uvel/modules/session_table.so", f"{examples}/uveld.yaml",
-            f"{examples}/scenarios/churn.yaml", f"{examples}/scenarios/edge.yaml", *pages}, self.content("uveld"))
+            f"{examples}/scenarios/churn.yaml", f"{examples}/scenarios/edge.yaml"}, self.content("uveld"))
 
     # ---- what surrounds them ----
 

@@ -54,7 +54,7 @@ class Service:
         self.build, self.folder = pathlib.Path(build), pathlib.Path(folder)
         self.folder.mkdir(exist_ok=True)
         self.process = None
-        self.environment = {}
+        self.environment, self.prefix = {}, []
         (self.folder / "device.yaml").write_text(DEVICE)
         self.configuration = (f"run_directory: run\nlog: {{file: {self.folder}/uveld.log}}\n"
                               "feeder: {scenario: device.yaml}\n")
@@ -65,7 +65,7 @@ class Service:
     def spawn(self):
         (self.folder / "uveld.yaml").write_text(self.configuration)
         with open(self.folder / "stderr", "a") as errors:
-            self.process = subprocess.Popen([self.build / "bin" / "uveld", "--config", self.folder / "uveld.yaml"],
+            self.process = subprocess.Popen([*self.prefix, self.build / "bin" / "uveld", "--config", self.folder / "uveld.yaml"],
                                             stderr=errors, env={**os.environ, **self.environment})
         return self
 

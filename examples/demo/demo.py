@@ -73,6 +73,19 @@ def wait_for(what, condition, seconds=60.0, pause=0.02):
         time.sleep(pause)
 
 
+INTERRUPTS = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)
+
+
+@contextlib.contextmanager
+def uninterrupted():
+    """What is interrupted here is so afterwards: nothing is begun that nobody knows of."""
+    before = signal.pthread_sigmask(signal.SIG_BLOCK, INTERRUPTS)
+    try:
+        yield
+    finally:
+        signal.pthread_sigmask(signal.SIG_SETMASK, before)
+
+
 # ---- a device ----
 
 class Device:
@@ -91,10 +104,12 @@ class Device:
         (self.folder / "uveld.yaml").write_text(text)
 
     def start(self):
-        log = open(self.folder / "uveld.log", "a")
-        self.process = subprocess.Popen(
-            self.inside(self.binaries / "bin" / "uveld", "--config", self.folder / "uveld.yaml"),
-            stdout=log, stderr=log, start_new_session=True)
+        """The process ends with this one, whatever becomes of it; Ctrl-C does not reach it directly."""
+        with open(self.folder / "uveld.log", "a") as log, uninterrupted():
+            self.process = subprocess.Popen(
+                ["setpriv", "--pdeathsig", "TERM"] +
+                self.inside(self.binaries / "bin" / "uveld", "--config", self.folder / "uveld.yaml"),
+                stdout=log, stderr=log, start_new_session=True)
         wait_for(f"{self.name} starts", lambda: self.has_ended() or self.is_ready())
         if self.has_ended():
             raise DemoFailed(f"{self.name} did not start:\n{(self.folder / 'uveld.log').read_text()}")
@@ -163,7 +178,11 @@ def log_on(device, numbers, ifindexes, progress=None):
     """Logs users on, many requests on their way at a time. The number of answers that were ok."""
     with device.sessions() as client:
         lines = [log_on_line(number, ifindexes) for number in numbers]
-        sender = threading.Thread(target=lambda: client.sendall("".join(lines).encode()))
+
+        def send():
+            with contextlib.suppress(OSError):  # whoever reads the answers notices
+                client.sendall("".join(lines).encode())
+        sender = threading.Thread(target=send, daemon=True)
         sender.start()
         accepted = 0
         with client.makefile() as answers:
@@ -211,6 +230,7 @@ class Namespaces:
         run("ip", "-n", device.namespace, "link", "set", f"user{port}", "down")
 
     takes_down = "ip link set user1 down"
+    why_refused = ""
 
 
 class OnePlace:
@@ -218,9 +238,10 @@ class OnePlace:
 
     names = [None, None]
     takes_down = "a step of the scenario"
+    why_refused = ": has the scenario taken the interface down already? With fewer --sessions it will be later than they"
 
     def __init__(self, sessions):
-        self.port_down_after = 4 + sessions // 10_000  # seconds; all users have logged on by then
+        self.port_down_after = 5 + sessions // 8_000  # seconds; all users have logged on by then
 
     def open(self, folder):
         interfaces = "\n".join(f"    - {{index: {10 + port}, name: port{port}, state: up}}" for port in range(1, PORTS + 1))
@@ -310,7 +331,7 @@ def demonstrate(place, folder, binaries, total):
         accepted = log_on(master, range(total), ports, lambda done: SCREEN.progress("logged on", done, total))
         seconds = time.monotonic() - start
         if accepted != total:
-            raise DemoFailed(f"{total - accepted} log-ons were refused")
+            raise DemoFailed(f"{total - accepted} log-ons were refused{place.why_refused}")
         SCREEN.line(f"{total / seconds:,.0f} log-ons a second, each answered when the standby had it")
 
         def backed_up():
@@ -359,8 +380,20 @@ def demonstrate(place, folder, binaries, total):
         SCREEN.line(f"notifications of the host     {standby.view('device')['notifications_delivered']:>10,}")
         SCREEN.line(f"sessions lost by the failure  {int(last[1]) - int(now[1]):>10,}")
     finally:
-        for device in (master, standby):
-            device.end()
+        with uninterrupted():
+            for device in (master, standby):
+                device.end()
+
+
+def clean_up(place, folder, keep):
+    """Runs to its end, however impatient somebody is."""
+    for number in INTERRUPTS:
+        signal.signal(number, signal.SIG_IGN)
+    place.close()
+    if folder and keep:
+        print(f"\nkept: {folder}")
+    elif folder:
+        shutil.rmtree(folder, ignore_errors=True)
 
 
 def main():
@@ -375,10 +408,13 @@ def main():
 
     def interrupted(*_):
         raise KeyboardInterrupt
-    signal.signal(signal.SIGTERM, interrupted)
     place = OnePlace(arguments.sessions) if arguments.scenario else Namespaces()
-    folder = pathlib.Path(tempfile.mkdtemp(prefix="uvel-demo-"))
+    folder = None
     try:
+        for number in INTERRUPTS:
+            signal.signal(number, interrupted)
+        with uninterrupted():
+            folder = pathlib.Path(tempfile.mkdtemp(prefix="uvel-demo-"))
         place.open(folder)
         demonstrate(place, folder, arguments.binaries.resolve(), arguments.sessions)
     except DemoFailed as failure:
@@ -388,11 +424,7 @@ def main():
         print("\ndemo: interrupted", file=sys.stderr)
         return 130
     finally:
-        place.close()
-        if arguments.keep:
-            print(f"\nkept: {folder}")
-        else:
-            shutil.rmtree(folder, ignore_errors=True)
+        clean_up(place, folder, arguments.keep)
     return 0
 
 

@@ -20,8 +20,6 @@ FOLDERS = {path.name for path in ROOT.iterdir() if path.is_dir() and not path.na
 PROGRAMS = ("uveld", "uvelctl", "./demo", "./check", "cmake", "ctest", "python3")
 # what users make
 FOREIGN = {"flaps.so"}
-
-
 FILES = [path for top in ROOT.iterdir() if top.name not in ("build", ".git")
          for path in ([top] if top.is_file() else top.rglob("*")) if path.is_file()]
 
@@ -32,7 +30,7 @@ def without_code(text):
 
 def inline_code(text):
     """What stands between backticks, in sentences and tables."""
-    return [code for code in re.findall(r"`([^`\n]+)`", without_code(text))]
+    return re.findall(r"`([^`\n]+)`", without_code(text))
 
 
 def command_lines(text):
@@ -42,7 +40,7 @@ def command_lines(text):
     for line in [*blocks, *shells, *inline_code(text)]:
         for command in re.split(r"&&|\|", line.split(" #")[0]):
             words = [word for word in command.split() if not re.fullmatch(r"[A-Z_]+=\S*", word)]
-            if words and (words[0] in PROGRAMS or re.match(r"(tools|bench|tests)/[^*]+$", words[0])):
+            if words and (words[0] in PROGRAMS or re.fullmatch(r"(tools|bench|tests)/[^*]+", words[0])):
                 yield words
 
 

@@ -4,6 +4,8 @@
 #include <uvelhost/standby_link.h>
 #include <yaml/document.h>
 
+#include <algorithm>
+#include <charconv>
 #include <filesystem>
 
 namespace uveld {
@@ -96,14 +98,42 @@ uint32_t ReadTime(const Fields &fields, std::string_view key, int64_t min, uint3
     return node.has_value() ? static_cast<uint32_t>(node->Milliseconds(min, HOUR_MS)) : otherwise;
 }
 
+bool IsPort(const std::string &text) {
+    uint16_t port = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), port);
+    return error == std::errc() && end == text.data() + text.size();
+}
+
+/* The form of it; whether there is such an address shows when the link is opened. */
+std::string ReadAddress(const Node &node) {
+    const std::string text = node.Text(3, 64);
+    const size_t colon = text.rfind(':');
+    const std::string host = text.substr(0, colon == std::string::npos ? 0 : colon);
+    const bool is_bracketed = host.starts_with('[') && host.ends_with(']') && host.size() > 2;
+    if (host.empty() || (!is_bracketed && host.find_first_of(":[]") != std::string::npos) ||
+        !IsPort(text.substr(colon + 1)))
+        node.Complain("expected ADDRESS:PORT or [ADDRESS]:PORT, found \"" + text + "\"");
+    return text;
+}
+
+/* How it begins; the host, which opens it, knows the rest. */
+std::string ReadDatabase(const Node &node) {
+    std::string text = node.Text(1, MAX_PATH_BYTES);
+    for (const char *start : {"sqlite:", "etcd://", "etcds://", "shm:"}) {
+        if (text.starts_with(start) && text != start)
+            return text;
+    }
+    node.Complain("expected sqlite:PATH, etcd://HOST:PORT,... or etcds://HOST:PORT,..., found \"" + text + "\"");
+}
+
 StandbyConfiguration ReadStandby(const Node &node, const Paths &paths) {
     const Fields fields(node, {"listen", "peer", "certificate", "key", "authority", "peer_name", "role", "priority",
                                "takeover", "heartbeat", "timeout", "board", "peer_board", "window"});
     StandbyConfiguration standby;
     if (const auto listen = fields.Optional("listen"))
-        standby.listen = listen->Text(3, 64);
+        standby.listen = ReadAddress(*listen);
     if (const auto peer = fields.Optional("peer"))
-        standby.peer = peer->Text(3, 64);
+        standby.peer = ReadAddress(*peer);
     if (standby.listen.empty() && standby.peer.empty())
         node.Complain("one of the keys \"listen\" and \"peer\" is needed here");
     standby.certificate = paths.ReadExisting(fields.Required("certificate"));
@@ -116,7 +146,8 @@ StandbyConfiguration ReadStandby(const Node &node, const Paths &paths) {
     ReadNumber(fields, "priority", 0, UINT32_MAX, &standby.priority);
     standby.takeover_ms = ReadTime(fields, "takeover", 1, standby.takeover_ms);
     standby.heartbeat_ms = ReadTime(fields, "heartbeat", 1, standby.heartbeat_ms);
-    standby.timeout_ms = ReadTime(fields, "timeout", standby.heartbeat_ms, standby.timeout_ms);
+    standby.timeout_ms = ReadTime(fields, "timeout", int64_t{standby.heartbeat_ms} + 1,
+                                  std::max(standby.timeout_ms, 3 * standby.heartbeat_ms));
     ReadNumber(fields, "board", 0, 0xFFFE, &standby.board);
     ReadNumber(fields, "peer_board", 0, 0xFFFE, &standby.peer_board);
     ReadNumber(fields, "window", 1 << 16, 1 << 30, &standby.window_bytes);
@@ -158,7 +189,7 @@ Configuration Read(const Node &document, const Paths &paths) {
     if (const auto feeder = fields.Optional("feeder"))
         configuration.feeder = ReadFeeder(*feeder, paths);
     if (const auto database = fields.Optional("configuration_database"))
-        configuration.configuration_database = database->Text(1, MAX_PATH_BYTES);
+        configuration.configuration_database = ReadDatabase(*database);
     if (const auto capabilities = fields.Optional("capabilities"))
         configuration.capabilities = paths.ReadExisting(*capabilities);
     if (const auto standby = fields.Optional("standby"))

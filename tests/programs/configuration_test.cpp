@@ -122,6 +122,15 @@ TEST(UveldConfiguration, SaysWhereItIsWrongAndWhatWasExpected) {
         {"capabilities: c.yaml", "u.yaml:1:15: there is no file /nowhere/c.yaml"},
         {"standby: {peer_name: b}", "u.yaml:1:10: one of the keys \"listen\" and \"peer\" is needed here"},
         {"standby: {listen: 1.2.3.4:5}", "u.yaml:1:10: the key \"certificate\" is missing here"},
+        {"standby: {listen: 1.2.3.4}", "u.yaml:1:19: expected ADDRESS:PORT or [ADDRESS]:PORT, found \"1.2.3.4\""},
+        {"standby: {peer: '1.2.3.4:65536'}",
+         "u.yaml:1:17: expected ADDRESS:PORT or [ADDRESS]:PORT, found \"1.2.3.4:65536\""},
+        {"standby: {peer: '::1:5'}", "u.yaml:1:17: expected ADDRESS:PORT or [ADDRESS]:PORT, found \"::1:5\""},
+        {"standby: {peer: '[]:5'}", "u.yaml:1:17: expected ADDRESS:PORT or [ADDRESS]:PORT, found \"[]:5\""},
+        {"configuration_database: /var/db", "u.yaml:1:25: expected sqlite:PATH, etcd://HOST:PORT,... or "
+                                            "etcds://HOST:PORT,..., found \"/var/db\""},
+        {"configuration_database: 'sqlite:'", "u.yaml:1:25: expected sqlite:PATH, etcd://HOST:PORT,... or "
+                                              "etcds://HOST:PORT,..., found \"sqlite:\""},
         {"specifications: {7: 1}", "u.yaml:1:18: expected a number from 0 to 6, found \"7\""},
         {"specifications: {1: 1, 0x1: 2}", "u.yaml:1:24: the number 1 stands here twice"},
         {"switches: {8: 256}", "u.yaml:1:15: expected a number from 0 to 255, found \"256\""},
@@ -134,14 +143,26 @@ TEST(UveldConfiguration, SaysWhereItIsWrongAndWhatWasExpected) {
               ComplaintAbout("run_directory: " + std::string(81, 'r')).find("u.yaml:1:16: expected a text of 1 to 80"));
 }
 
-TEST(UveldConfiguration, ATimeoutBelowTheHeartbeatIsRefused) {
+TEST(UveldConfiguration, ATimeoutThatIsNotAboveTheHeartbeatIsRefused) {
     const TemporaryFolder folder;
     for (const char *name : {"a.pem", "a.key", "authority.pem"})
         folder.Write(name, "x");
-    EXPECT_EQ("u.yaml:3:73: expected a time from 1000ms to 3600000ms with its unit (ms, s, min or h), found \"999ms\"",
+    EXPECT_EQ("u.yaml:3:73: expected a time from 1001ms to 3600000ms with its unit (ms, s, min or h), found \"1s\"",
               ComplaintAbout("standby:\n  {listen: 1.2.3.4:5, certificate: a.pem, key: a.key,\n"
-                             "   authority: authority.pem, peer_name: b, heartbeat: 1s, timeout:      999ms}",
+                             "   authority: authority.pem, peer_name: b, heartbeat: 1s, timeout:      1s}",
                              folder.Path()));
+}
+
+TEST(UveldConfiguration, ALongHeartbeatAloneMakesALongTimeout) {
+    const TemporaryFolder folder;
+    for (const char *name : {"a.pem", "a.key", "authority.pem"})
+        folder.Write(name, "x");
+    const auto configuration =
+        ParseConfiguration("standby: {listen: '[::1]:5', certificate: a.pem, key: a.key, authority: authority.pem, "
+                           "peer_name: b, heartbeat: 5s}",
+                           "u.yaml", folder.Path());
+    EXPECT_EQ(15000u, configuration.standby->timeout_ms);
+    EXPECT_EQ("[::1]:5", configuration.standby->listen);
 }
 
 TEST(UveldConfiguration, RelativePathsCountFromTheFolderOfTheFile) {

@@ -147,4 +147,21 @@ std::string Answer(Sessions *sessions, std::string_view line, uint32_t now) {
     return "error logon, logoff, show and digest are known, " + Quoted(words[0]) + " is not";
 }
 
+FileResult CarryOut(Sessions *sessions, std::istream *file, uint32_t now) {
+    FileResult result;
+    std::string line;
+    for (uint32_t number = 1; std::getline(*file, line); ++number) {
+        if (line.empty() || line[0] == '#')
+            continue;
+        const std::string answer =
+            line.size() > MAX_LINE_BYTES ? "error the line is too long" : Answer(sessions, line, now);
+        if (!answer.starts_with("error ")) {
+            ++result.done;
+        } else if (result.refused++ == 0) {
+            result.first_refused = std::to_string(number) + ": " + answer.substr(6);
+        }
+    }
+    return result;
+}
+
 } // namespace session_table

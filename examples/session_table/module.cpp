@@ -1,10 +1,13 @@
 /* Access sessions as a product module: who is logged on where, kept on two devices.
  *
  * Settings: document (path of the YANG XML document, optional), socket (name of the socket in the run directory,
- * "sessions.sock" unless set). */
+ * "sessions.sock" unless set), requests (path of a file of requests that are carried out when this device first is the
+ * active one, optional). */
 
 #include <uveld/module.h>
 
+#include <atomic>
+#include <fstream>
 #include <memory>
 #include <string>
 #include <uvelcommon_base/kivo_event_records.h>
@@ -57,6 +60,31 @@ struct Module {
 };
 
 std::unique_ptr<Module> g_module;
+
+/* ---- a file of requests ---- */
+
+void CarryOutFile() {
+    const std::string path = g_module->uveld->pfSetting(g_module->uveld->pModule, "requests");
+    std::ifstream file(path);
+    if (!file) {
+        g_module->Log(UVELD_LOG_ERROR, path + " cannot be read: none of its requests is carried out");
+        return;
+    }
+    const FileResult result = CarryOut(&g_module->sessions, &file, SRV_GmTmNowInSec());
+    g_module->Log(UVELD_LOG_INFO, path + ": " + std::to_string(result.done) + " requests carried out");
+    if (result.refused != 0)
+        g_module->Log(UVELD_LOG_WARNING, path + ": " + std::to_string(result.refused) +
+                                             " requests refused, the first in line " + result.first_refused);
+}
+
+/* On a task of its own: the thread that tells of the role must not be held up, and modules run before they serve. */
+void CarryOutFileOnce() {
+    static std::atomic_flag is_done;
+    uint32_t task = 0;
+    if (g_module->uveld->pfSetting(g_module->uveld->pModule, "requests") != nullptr && !is_done.test_and_set() &&
+        QAL_CreateTask("sessfile", &task, CarryOutFile, 85, 0, nullptr) != UVELHOST_OK)
+        g_module->Log(UVELD_LOG_ERROR, "no task for the file of requests: none of them is carried out");
+}
 
 /* ---- events ---- */
 
@@ -113,6 +141,8 @@ void OnRole(uint32_t active) {
     const Digest digest = g_module->sessions.GetDigest();
     g_module->Log(UVELD_LOG_INFO, std::string("this device is ") + (active == 1 ? "the active one" : "on standby") +
                                       " with " + std::to_string(digest.count) + " sessions");
+    if (active == 1)
+        CarryOutFileOnce();
 }
 
 void TakePartInStandby(const UVELD_CONTEXT_S *context) {
@@ -166,6 +196,8 @@ void Run() {
     if (QAL_CreateTask(
             "sessions", &task, [] { g_module->server.Run(); }, 85, 0, nullptr) != UVELHOST_OK)
         g_module->Log(UVELD_LOG_ERROR, "no task for the socket: nobody can log on");
+    if (!g_module->has_link)
+        CarryOutFileOnce();
 }
 
 void Stop() {

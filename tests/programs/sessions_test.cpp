@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <map>
 #include <random>
+#include <sstream>
 #include <uvelhost/model.h>
 
 #include "commands.h"
@@ -196,6 +197,16 @@ TEST_F(SessionTable, TellsASessionThatChangesWhileItIsToldAgain) {
     });
     EXPECT_EQ(3u, peer.size());
     EXPECT_EQ(2, std::count_if(peer.begin(), peer.end(), [](const auto &entry) { return entry.second; }));
+}
+
+TEST_F(SessionTable, CarriesOutAFileOfRequests) {
+    std::istringstream file("# who is always there\nlogon 021a-2b3c-4d5e anna 7 0\n\nlogon 021a-2b3c-4d5f bert 8 0\n" +
+                            std::string(600, 'x') + "\nlogon 021a-2b3c-4d60 carl 7 0");
+    const FileResult result = CarryOut(&sessions_, &file, 4711);
+    EXPECT_EQ(2u, result.done);
+    EXPECT_EQ(2u, result.refused);
+    EXPECT_EQ("4: the interface is down", result.first_refused);
+    EXPECT_EQ(2u, sessions_.GetDigest().count);
 }
 
 TEST_F(SessionTable, IsFullAtItsLimit) {

@@ -219,6 +219,14 @@ class Uveld(unittest.TestCase):
         self.assertEqual("ok", self.ask("logoff 021a-2b3c-4d5e"))
         self.assertEqual("digest 0 0000000000000000", self.ask("digest"))
 
+    def test_sessions_come_from_a_file_too(self):
+        (self.folder / "always.txt").write_text("# two\nlogon 021a-2b3c-4d5e anna 7 0\nlogon 021a-2b3c-4d5f bert 8 0\n")
+        self.configuration = self.configuration.replace("so}", f"so, settings: {{requests: {self.folder}/always.txt}}}}")
+        self.start()
+        self.wait_until(lambda: "1 requests refused, the first in line 3: the interface is down" in self.log())
+        self.assertIn("always.txt: 1 requests carried out", self.log())
+        self.assertEqual("1", self.ask("digest").split()[1])
+
     def test_sessions_end_with_their_interface(self):
         step = "steps: [{at: 1500ms, put: {interfaces: [{index: 7, state: down}]}}]\n"
         (self.folder / "device.yaml").write_text(DEVICE + step)

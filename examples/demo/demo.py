@@ -401,10 +401,13 @@ def main():
     parser.add_argument("--sessions", type=int, default=100_000, help="users that log on (default 100000)")
     parser.add_argument("--scenario", action="store_true", help="without network namespaces, interfaces from a file")
     parser.add_argument("--keep", action="store_true", help="keep the work folder")
+    parser.add_argument("--check-arguments", action="store_true", help=argparse.SUPPRESS)
     parser.add_argument("--binaries", type=pathlib.Path, required=True, help=argparse.SUPPRESS)
     arguments = parser.parse_args()
     if not PORTS <= arguments.sessions <= 200_000:
         parser.error("--sessions takes 4 to 200000")
+    if arguments.check_arguments:
+        return 0
 
     def interrupted(*_):
         raise KeyboardInterrupt

@@ -138,9 +138,7 @@ bool Feeder::Pump() {
         case Socket::Read::DATA:
             break;
         }
-        auto *message = reinterpret_cast<const nlmsghdr *>(datagram.data());
-        int left = static_cast<int>(datagram.size());
-        for (; mnl_nlmsg_ok(message, left); message = mnl_nlmsg_next(message, &left))
+        for (const nlmsghdr *message : Messages(datagram))
             Apply(message);
     }
     return true;

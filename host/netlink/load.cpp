@@ -122,9 +122,7 @@ std::optional<Feeder::Outcome> Feeder::ReadAnswers(bool &interrupted) {
     case Socket::Read::DATA:
         break;
     }
-    auto *message = reinterpret_cast<const nlmsghdr *>(datagram.data());
-    int left = static_cast<int>(datagram.size());
-    for (; mnl_nlmsg_ok(message, left); message = mnl_nlmsg_next(message, &left)) {
+    for (const nlmsghdr *message : Messages(datagram)) {
         const bool answer = message->nlmsg_seq == sequence_ && message->nlmsg_pid == socket_.Port();
         if (answer && (message->nlmsg_flags & NLM_F_DUMP_INTR) != 0)
             interrupted = true;

@@ -2,10 +2,14 @@
 #ifndef UVEL_HOST_NETLINK_MESSAGES_H
 #define UVEL_HOST_NETLINK_MESSAGES_H
 
+#include <algorithm>
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <iterator>
 #include <libmnl/libmnl.h>
+#include <span>
 #include <string>
 
 namespace uvel::host::netlink {
@@ -52,6 +56,37 @@ struct VlanRange {
     uint16_t last;
     bool untagged;
     bool pvid;
+};
+
+/* The messages of a datagram, in their order. A length that leaves the datagram ends the walk; mnl_nlmsg_ok takes one of
+ * 2 GiB and more for a negative number, and would go on. */
+class Messages {
+  public:
+    explicit Messages(std::span<const std::byte> datagram) : datagram_(datagram) {}
+
+    class Iterator {
+      public:
+        explicit Iterator(std::span<const std::byte> rest) : rest_(rest) {}
+        const nlmsghdr *operator*() const { return reinterpret_cast<const nlmsghdr *>(rest_.data()); }
+        Iterator &operator++() {
+            const std::size_t step =
+                (std::size_t{(**this)->nlmsg_len} + NLMSG_ALIGNTO - 1) / NLMSG_ALIGNTO * NLMSG_ALIGNTO;
+            rest_ = rest_.subspan(std::min(step, rest_.size()));
+            return *this;
+        }
+        bool operator!=(std::default_sentinel_t) const {
+            return rest_.size() >= sizeof(nlmsghdr) && (**this)->nlmsg_len >= sizeof(nlmsghdr) &&
+                   (**this)->nlmsg_len <= rest_.size();
+        }
+
+      private:
+        std::span<const std::byte> rest_;
+    };
+    Iterator begin() const { return Iterator(datagram_); }
+    std::default_sentinel_t end() const { return {}; }
+
+  private:
+    std::span<const std::byte> datagram_;
 };
 
 /* False for a message that is not about a device as such, and for one that makes no sense. */

@@ -5,6 +5,8 @@
 #include <poll.h>
 #include <sys/socket.h>
 
+#include "netlink/messages.h"
+
 namespace uvel::host::netlink {
 
 namespace {
@@ -85,10 +87,9 @@ int Ask(Socket &socket, nlmsghdr *request) {
         std::span<const std::byte> datagram;
         if (socket.Receive(datagram) != Socket::Read::DATA)
             return EIO;
-        auto *message = reinterpret_cast<const nlmsghdr *>(datagram.data());
-        int left = static_cast<int>(datagram.size());
-        for (; mnl_nlmsg_ok(message, left); message = mnl_nlmsg_next(message, &left)) {
-            if (message->nlmsg_type == NLMSG_ERROR && message->nlmsg_seq == request->nlmsg_seq)
+        for (const nlmsghdr *message : Messages(datagram)) {
+            if (message->nlmsg_type == NLMSG_ERROR && message->nlmsg_seq == request->nlmsg_seq &&
+                mnl_nlmsg_get_payload_len(message) >= sizeof(nlmsgerr))
                 return -static_cast<const nlmsgerr *>(mnl_nlmsg_get_payload(message))->error;
         }
     }

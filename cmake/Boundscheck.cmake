@@ -3,6 +3,7 @@
 # An installed libboundscheck is recognised by a securec.h that defines EINVAL_AND_RESET. The function names alone tell
 # nothing: another library has the same names and other results. Otherwise the bundled module gives the same results.
 
+set(boundscheck_dir ${CMAKE_CURRENT_LIST_DIR}/../src/boundscheck)
 set(boundscheck_installed FALSE)
 if(NOT UVEL_BOUNDSCHECK STREQUAL "bundled")
     find_path(BOUNDSCHECK_INCLUDE_DIR securec.h)
@@ -26,15 +27,15 @@ if(boundscheck_installed)
     add_library(boundscheck_shared ALIAS boundscheck)
     message(STATUS "Bounds-checked functions: ${BOUNDSCHECK_LIBRARY}")
 else()
-    file(GLOB boundscheck_sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/boundscheck/*.cpp)
+    file(GLOB boundscheck_sources CONFIGURE_DEPENDS ${boundscheck_dir}/*.cpp)
     add_library(boundscheck STATIC ${boundscheck_sources})
-    target_include_directories(boundscheck PUBLIC ${CMAKE_CURRENT_SOURCE_DIR}/boundscheck/include)
+    target_include_directories(boundscheck PUBLIC ${boundscheck_dir}/include)
     target_compile_options(boundscheck PRIVATE -fno-exceptions -fno-rtti)
     target_link_libraries(boundscheck PRIVATE uvel_build_options)
     if(UVEL_BUILD_TESTS)
         # for tests that stand between the library and these functions
         add_library(boundscheck_shared SHARED ${boundscheck_sources})
-        target_include_directories(boundscheck_shared PUBLIC ${CMAKE_CURRENT_SOURCE_DIR}/boundscheck/include)
+        target_include_directories(boundscheck_shared PUBLIC ${boundscheck_dir}/include)
         set_target_properties(boundscheck_shared PROPERTIES CXX_VISIBILITY_PRESET default)
         target_compile_options(boundscheck_shared PRIVATE -fno-exceptions -fno-rtti)
         target_link_libraries(boundscheck_shared PRIVATE uvel_build_options)

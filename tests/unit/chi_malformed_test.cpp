@@ -1,114 +1,16 @@
-// Headers and fragments as no honest peer sends them: every field at its ends and beside its true value, one by one and
-// in all pairs, and scripts of fragments that are missing, double, out of order, of two messages or never finished.
+// Headers as no honest peer sends them: every field at its ends and beside its true value, one by one and in all pairs.
 
-#include "kit.h"
-#include "smbuf_fake.h"
+#include "chi_fragments.h"
 
-#include <array>
-#include <cstring>
-#include <set>
-#include <uvelcommon_base/kivo_chi_reassembly.h>
+#include <utility>
 
 namespace {
 
-constexpr uint32_t YSB = 2;
-constexpr uint32_t HEADER = 48;
+using namespace fragments;
+
 constexpr uint32_t MOST = 256; /* payload bytes that a link lets a header announce */
 
-/* One field of a header: where it stands, how wide it is, what it truly is. */
-struct Field {
-    uint32_t offset;
-    uint32_t width;
-    uint64_t truth;
-
-    uint64_t Largest() const { return width == 4 ? 0xFFFFFFFF : (1ULL << (8 * width)) - 1; }
-    std::vector<uint64_t> Values() const {
-        const std::set<uint64_t> values = {0, 1, Largest(), Largest() - 1, truth, truth + 1, (truth - 1) & Largest()};
-        return {values.begin(), values.end()};
-    }
-    void Put(uint8_t *header, uint64_t value) const { std::memcpy(header + offset, &value, width); }
-};
-
-constexpr uint32_t ID = 0x11223344;
-constexpr uint32_t NUMBER = 5;
-
-/* All fields of a YSB header of 20 payload bytes, of which `payload` are in this fragment. */
-std::vector<Field> FieldsOf(uint32_t total) {
-    return {{0, 4, ID},  {4, 4, 0},  {8, 4, 0},      {12, 4, 7},   {16, 4, 8},  {20, 4, 9},     {24, 4, 10},
-            {28, 2, 77}, {30, 2, 3}, {32, 4, total}, {36, 4, 0xA}, {40, 4, ID}, {44, 4, NUMBER}};
-}
-
-std::array<uint8_t, HEADER> HeaderOf(const std::vector<Field> &fields) {
-    std::array<uint8_t, HEADER> header{};
-    for (const Field &field : fields)
-        field.Put(header.data(), field.truth);
-    return header;
-}
-
-/* Calls with every header that differs from the true one in one field or in two. */
-template <typename Visit>
-int ForAllHeaders(const std::vector<Field> &fields, Visit visit) {
-    int cases = 0;
-    const std::array<uint8_t, HEADER> truth = HeaderOf(fields);
-    for (std::size_t first = 0; first < fields.size(); ++first) {
-        for (const uint64_t a : fields[first].Values()) {
-            for (std::size_t second = first; second < fields.size(); ++second) {
-                for (const uint64_t b : fields[second].Values()) {
-                    std::array<uint8_t, HEADER> header = truth;
-                    fields[first].Put(header.data(), a);
-                    fields[second].Put(header.data(), b);
-                    visit(header);
-                    ++cases;
-                }
-            }
-        }
-    }
-    return cases;
-}
-
-uint32_t WordAt(const uint8_t *bytes, uint32_t offset) {
-    uint32_t value;
-    std::memcpy(&value, bytes + offset, sizeof value);
-    return value;
-}
-
-class Malformed : public testing::Test {
-  protected:
-    ~Malformed() override {
-        Drop();
-        EXPECT_EQ(0, SmbufFake::live) << "socket buffers lost";
-    }
-    void Drop() {
-        if (context.pBuffer != nullptr)
-            CBUF_Free(YSB, context.pBuffer);
-        context = {};
-        if (complete != nullptr)
-            CBUF_Free(YSB, complete);
-        complete = nullptr;
-    }
-    /* A buffer of exactly header and payload, so that whoever reads or writes behind it is seen. */
-    static void *Buffer(const std::array<uint8_t, HEADER> &header, const std::string &payload) {
-        void *buffer = nullptr;
-        EXPECT_EQ(0u, CBUF_Alloc(YSB, &buffer, static_cast<uint32_t>(payload.size())));
-        uint8_t *bytes = static_cast<FakeSmbuf *>(buffer)->data;
-        std::memcpy(bytes, header.data(), HEADER);
-        std::memcpy(bytes + HEADER, payload.data(), payload.size());
-        return buffer;
-    }
-    uint32_t Receive(const std::array<uint8_t, HEADER> &header, const std::string &payload) {
-        void *buffer = Buffer(header, payload);
-        return CHI_RecvMsgForFrag(YSB, &context, buffer, CBUF_C2D(YSB, buffer), static_cast<uint32_t>(payload.size()),
-                                  &complete);
-    }
-    std::string Completed() const {
-        const auto *smbuf = static_cast<const FakeSmbuf *>(complete);
-        return std::string(reinterpret_cast<const char *>(smbuf->data) + HEADER, smbuf->size - HEADER);
-    }
-
-    SmbufFake fake;
-    CHI_RECV_CTX_S context{};
-    void *complete = nullptr;
-};
+using Malformed = Fragments;
 
 /* As a link bounds it: what announces more does not reach the library. */
 bool PassesTheLink(const std::array<uint8_t, HEADER> &header) {
@@ -204,67 +106,49 @@ TEST_F(Malformed, HeadersOfEveryKindAreReadAsTheyStand) {
     });
 }
 
-/* Every script of up to six fragments, each of eight kinds: 8 + 64 + ... + 262,144, of which every third is played. */
-TEST_F(Malformed, ScriptsOfFragmentsCompleteExactlyTheMessagesThatCameWholeAndInOrder) {
-    struct Kind {
-        uint32_t id, number, total;
-        const char *payload;
-    };
-    /* Two messages of three fragments ("abcdef" and "uvwxyz"), and what does not belong there. */
-    constexpr Kind KINDS[] = {{1, 30, 6, "ab"},  {1, 31, 6, "cd"}, {1, 32, 6, "ef"},    {2, 0, 6, "uv"},
-                              {2, 1, 200, "wx"}, {2, 2, 6, "yz"},  {1, 32, 6, "efghi"}, {1, 31, 6, ""}};
-    struct Model {
-        bool active = false;
-        uint32_t id = 0, last = 0, total = 0;
-        std::string text;
-    };
-    int played = 0;
-    uint64_t script = 0;
-    for (int length = 1; length <= 6; ++length) {
-        for (uint64_t word = 0; word < 1ULL << (3 * length); ++word) {
-            if (length > 4 && script++ % 3 != 0)
-                continue;
-            Model model;
-            for (int step = 0; step < length; ++step) {
-                const Kind &kind = KINDS[word >> (3 * step) & 7];
-                const std::string payload = kind.payload;
-                std::vector<Field> fields = FieldsOf(kind.total);
-                fields[11].truth = kind.id;
-                fields[12].truth = kind.number;
-                std::string expected;
-                uint32_t result = 0;
-                if (model.active && model.id == kind.id) {
-                    if (kind.number != model.last + 1 || model.text.size() + payload.size() > model.total) {
-                        result = 1;
-                        model = Model{};
-                    } else {
-                        model.text += payload;
-                        model.last = kind.number;
-                        if (model.text.size() == model.total) {
-                            expected = model.text;
-                            model = Model{};
-                        }
-                    }
-                } else if (kind.total <= payload.size()) {
-                    expected = payload;
-                    model = Model{};
-                } else {
-                    model = Model{true, kind.id, kind.number, kind.total, payload};
-                }
-                ASSERT_EQ(result, Receive(HeaderOf(fields), payload)) << "script " << word << ", step " << step;
-                if (result == 1)
-                    kit::TakeAsserts();
-                ASSERT_EQ(expected, complete == nullptr ? "" : Completed()) << "script " << word << ", step " << step;
-                if (complete != nullptr)
-                    CBUF_Free(YSB, std::exchange(complete, nullptr));
-                ASSERT_EQ(model.active ? 1 : 0, SmbufFake::live);
-            }
-            ++played;
-            Drop(); /* never finished */
-            ASSERT_EQ(0, SmbufFake::live);
+/* The headers in plain memory, which are read from a block of exactly their size. */
+template <uint32_t BACK, std::size_t SIZE>
+void ReadHeadersInPlainMemory(uint32_t base, uint32_t word_a) {
+    const std::vector<Field> fields = {{base, 4, 7},       {base + 4, 4, 8},  {base + 8, 4, 9},   {base + 12, 4, 10},
+                                       {base + 16, 2, 77}, {base + 18, 2, 3}, {base + 20, 4, 20}, {word_a, 4, 0xA}};
+    const int cases = ForAllHeaders<SIZE>(fields, [&](const std::array<uint8_t, SIZE> &header) {
+        const std::vector<uint8_t> block(header.begin(), header.end());
+        CHI_MSG_INFO_S info{};
+        ASSERT_EQ(0u, CHI_GetMsgInfo(BACK, const_cast<uint8_t *>(block.data()), &info));
+        for (uint32_t i = 0; i < 4; ++i)
+            ASSERT_EQ(WordAt(header.data(), base + 4 * i), info.aulWordC[i]);
+        ASSERT_EQ(WordAt(header.data(), base + 16) & 0xFFFF, info.ulSubType);
+        ASSERT_EQ(WordAt(header.data(), base + 16) >> 16, info.ulMsgType);
+        ASSERT_EQ(WordAt(header.data(), base + 20), info.ulTotalLength);
+        ASSERT_EQ(WordAt(header.data(), word_a), info.ulWordA);
+    });
+    EXPECT_GT(cases, 1000);
+}
+
+TEST_F(Malformed, HeadersInPlainMemoryAreReadAsTheyStand) {
+    ReadHeadersInPlainMemory<0, 48>(12, 44);
+    ReadHeadersInPlainMemory<1, 352>(316, 340);
+}
+
+/* What comes over a service that does not cut messages is whole, or refused: whatever its header says. */
+TEST_F(Malformed, PlainMemoryIsNeverPutTogether) {
+    for (const uint32_t back : {0u, 1u}) {
+        for (const uint32_t total : {0u, 1u, 9u, 10u, 11u, MOST, 0x7FFFFFFFu, 0xFFFFFFFEu, 0xFFFFFFFFu}) {
+            if (total > MOST)
+                kit::Op<QAL_MemAlloc>().FailsOn(2); /* gigabytes that a host does not grant */
+            void *buffer = nullptr;
+            ASSERT_EQ(0u, CBUF_Alloc(back, &buffer, 10));
+            std::memcpy(static_cast<uint8_t *>(buffer) + (back == 0 ? 32 : 336), &total, 4);
+            const uint32_t result = CHI_RecvMsgForFrag(back, &context, buffer, CBUF_C2D(back, buffer), 10, &complete);
+            ASSERT_EQ(total <= 10 ? 0u : 1u, result) << total;
+            ASSERT_EQ(total <= 10 ? buffer : nullptr, complete);
+            ASSERT_EQ(nullptr, context.pBuffer);
+            if (complete != nullptr)
+                CBUF_Free(back, std::exchange(complete, nullptr));
+            ASSERT_EQ(0u, kit::LiveBlocks());
+            kit::Op<QAL_MemAlloc>().Reset();
         }
     }
-    EXPECT_GE(played, 50000);
 }
 
 /* The keyed store: headers and lengths at their ends against one record. */

@@ -3,8 +3,10 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
+#include <fstream>
 #include <poll.h>
 #include <sstream>
 #include <sys/wait.h>
@@ -16,14 +18,14 @@ bool NodeProcess::Start(const std::string &listen, const std::string &peer, uint
     int from[2];
     if (pipe2(to, O_CLOEXEC) != 0 || pipe2(from, O_CLOEXEC) != 0)
         return false;
+    const std::string log = LogFile();
     const std::string mtu_text = std::to_string(mtu);
     const std::string timeout_text = std::to_string(timeout_ms);
     pid_ = fork();
     if (pid_ == 0) {
         dup2(to[0], STDIN_FILENO);
         dup2(from[1], STDOUT_FILENO);
-        if (std::getenv("UVEL_TEST_LOG") == nullptr)
-            dup2(open("/dev/null", O_WRONLY), STDERR_FILENO);
+        dup2(open(log.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600), STDERR_FILENO);
         execl(STANDBY_NODE, STANDBY_NODE, folder_.c_str(), name_.c_str(), peer_name_.c_str(), listen.c_str(),
               peer.c_str(), mtu_text.c_str(), timeout_text.c_str(), static_cast<char *>(nullptr));
         _exit(127);
@@ -45,6 +47,13 @@ void NodeProcess::Kill() {
     close(to_);
     close(from_);
     pid_ = -1;
+    if (std::getenv("UVEL_TEST_LOG") != nullptr)
+        std::fprintf(stderr, "--- %s:\n%s", name_.c_str(), Log().c_str());
+}
+
+std::string NodeProcess::Log() const {
+    std::ifstream in(LogFile());
+    return {std::istreambuf_iterator<char>(in), {}};
 }
 
 void NodeProcess::Signal(int number) const {

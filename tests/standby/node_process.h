@@ -23,6 +23,8 @@ class NodeProcess {
     /* The answer to a command; empty when the process is gone or says nothing in `seconds`. */
     std::string Ask(const std::string &command, int seconds = 20);
     const std::string &FirstLine() const { return first_line_; }
+    /* What it has said on standard error since it was started. */
+    std::string Log() const;
 
     struct State {
         bool connected = false;
@@ -35,6 +37,7 @@ class NodeProcess {
     uint64_t Counter(const std::string &name);
 
   private:
+    std::string LogFile() const { return folder_ + "/" + name_ + ".log"; }
     std::string ReadLine(int seconds);
 
     std::string folder_;

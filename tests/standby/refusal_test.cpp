@@ -1,10 +1,12 @@
-// Peers that are turned away: each is refused, counted by its reason, and leaves the link as it was.
+// Peers that are turned away: each is refused, counted by its reason and named in the log, and leaves the link as it was.
 
+#include "authority.h"
 #include "node_process.h"
 
 #include <arpa/inet.h>
 #include <chrono>
 #include <filesystem>
+#include <functional>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
 #include <openssl/ssl.h>
@@ -109,20 +111,30 @@ class Refusals : public testing::Test {
     }
     std::string Address() const { return "127.0.0.1:" + std::to_string(port); }
 
-    static bool Counted(NodeProcess &node, const std::string &counter) {
+    static bool Eventually(const std::function<bool()> &condition) {
         const auto until = std::chrono::steady_clock::now() + 10s;
-        while (node.Counter(counter) == 0) {
+        while (!condition()) {
             if (std::chrono::steady_clock::now() > until)
                 return false;
             std::this_thread::sleep_for(5ms);
         }
         return true;
     }
+    static bool Counted(NodeProcess &node, const std::string &counter) {
+        return Eventually([&] { return node.Counter(counter) != 0; });
+    }
+    static bool Logged(const NodeProcess &node, const std::string &text) {
+        const bool logged = Eventually([&] { return node.Log().find(text) != std::string::npos; });
+        EXPECT_TRUE(logged) << "\"" << text << "\" does not stand in:\n" << node.Log();
+        return logged;
+    }
+    /* Counted, and a line that says whom and why. */
     static bool Refused(NodeProcess &node, uint32_t reason) {
-        return Counted(node, "refused" + std::to_string(reason));
+        return Counted(node, "refused" + std::to_string(reason)) && Logged(node, ": refused 127.0.0.1 port ") &&
+               Logged(node, std::string(": ") + YSB_Link_RefusalText(reason));
     }
     static bool RefusedBy(NodeProcess &node, uint32_t reason) {
-        return Counted(node, "refused_by" + std::to_string(reason));
+        return Counted(node, "refused_by" + std::to_string(reason)) && Logged(node, YSB_Link_RefusalText(reason));
     }
 
     TwoPairs pairs;
@@ -195,6 +207,14 @@ TEST_F(Refusals, OfAServerOfAnotherAuthorityByTheConnectingDevice) {
     EXPECT_FALSE(stranger.AskState().connected);
 }
 
+TEST_F(Refusals, OfAServerWithAnotherNameByTheConnectingDevice) {
+    NodeProcess stranger(pairs.Ours(), "a", "c");
+    ASSERT_TRUE(stranger.Start("-", Address()));
+    EXPECT_TRUE(Refused(stranger, YSB_LINK_REFUSED_NAME));
+    EXPECT_TRUE(RefusedBy(b, YSB_LINK_REFUSED_NAME));
+    EXPECT_FALSE(stranger.AskState().connected);
+}
+
 TEST_F(Refusals, OfTwoActiveDevices) {
     ASSERT_EQ("ok", b.Ask("role 1"));
     NodeProcess a(pairs.Ours(), "a", "b");
@@ -204,6 +224,52 @@ TEST_F(Refusals, OfTwoActiveDevices) {
     EXPECT_TRUE(RefusedBy(a, YSB_LINK_REFUSED_ROLE));
     EXPECT_TRUE(Refused(b, YSB_LINK_REFUSED_ROLE));
     ASSERT_EQ("ok", b.Ask("role 0"));
+}
+
+/* Certificates out of their time */
+
+class Untimely : public Refusals {
+  protected:
+    void SetUp() override {
+        for (const std::string &folder : {pairs.Ours(), pairs.Others()}) {
+            authority.Write(folder);
+            authority.WriteDevice(folder, "a", "a", -1, 24);
+            authority.WriteDevice(folder, "b", "b", -1, 24);
+        }
+        Refusals::SetUp();
+    }
+
+    Authority authority;
+};
+
+TEST_F(Untimely, OfAnExpiredCertificate) {
+    authority.WriteDevice(pairs.Ours(), "expired", "a", -48, -24);
+    Knocker knocker(port);
+    knocker.Certificate(pairs.Ours(), "expired").Handshake();
+    EXPECT_TRUE(knocker.Read().empty());
+    EXPECT_TRUE(Refused(b, YSB_LINK_REFUSED_AUTHORITY));
+    EXPECT_TRUE(Logged(b, "(certificate has expired)"));
+}
+
+TEST_F(Untimely, OfACertificateThatIsNotValidYet) {
+    authority.WriteDevice(pairs.Ours(), "early", "a", 24, 48);
+    Knocker knocker(port);
+    knocker.Certificate(pairs.Ours(), "early").Handshake();
+    EXPECT_TRUE(knocker.Read().empty());
+    EXPECT_TRUE(Refused(b, YSB_LINK_REFUSED_AUTHORITY));
+    EXPECT_TRUE(Logged(b, "(certificate is not yet valid)"));
+}
+
+TEST_F(Untimely, OfAnExpiredServerByTheConnectingDevice) {
+    authority.WriteDevice(pairs.Others(), "b", "b", -48, -24);
+    NodeProcess server(pairs.Others(), "b", "a");
+    ASSERT_TRUE(server.Start("127.0.0.1:0", "-"));
+    NodeProcess a(pairs.Ours(), "a", "b");
+    ASSERT_TRUE(a.Start("-", "127.0.0.1:" + std::to_string(server.AskState().port)));
+    EXPECT_TRUE(Refused(a, YSB_LINK_REFUSED_AUTHORITY));
+    EXPECT_TRUE(Logged(a, "(certificate has expired)"));
+    EXPECT_TRUE(RefusedBy(server, YSB_LINK_REFUSED_AUTHORITY));
+    EXPECT_FALSE(a.AskState().connected);
 }
 
 /* Opening */

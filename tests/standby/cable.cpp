@@ -128,17 +128,16 @@ bool Cable::Move(Side &from, Side &to, std::vector<uint8_t> &wire, std::size_t &
         wire.insert(wire.end(), bytes.begin(), bytes.end());
         from.endpoint.Written(now);
     }
-    bool moved = false;
-    while (!wire.empty() && budget > 0) {
+    std::size_t at = 0;
+    while (at < wire.size() && budget > 0) {
         const auto room = to.endpoint.Room();
-        std::size_t part = std::min({wire.size(), room.size(), budget});
+        std::size_t part = std::min({wire.size() - at, room.size(), budget});
         if (random != nullptr)
             part = std::min<std::size_t>(part, 1 + (*random)() % 300);
-        std::copy(wire.begin(), wire.begin() + static_cast<std::ptrdiff_t>(part), room.begin());
-        wire.erase(wire.begin(), wire.begin() + static_cast<std::ptrdiff_t>(part));
+        std::copy_n(wire.data() + at, part, room.data());
+        at += part;
         budget -= part;
         count += part;
-        moved = true;
         if (to.endpoint.Filled(part, now) == Endpoint::Step::CLOSE) {
             Cut();
             return true;
@@ -146,8 +145,9 @@ bool Cable::Move(Side &from, Side &to, std::vector<uint8_t> &wire, std::size_t &
         if (random != nullptr && (*random)() % 4 == 0)
             break;
     }
+    wire.erase(wire.begin(), wire.begin() + static_cast<std::ptrdiff_t>(at));
     to.endpoint.Drained();
-    return moved;
+    return at != 0;
 }
 
 void Cable::Carry(uint64_t now, std::mt19937 *random, std::size_t a_to_b, std::size_t b_to_a) {

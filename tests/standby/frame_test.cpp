@@ -1,0 +1,142 @@
+// Frames as no honest peer sends them: every field of the head at its ends and beside its true value, one by one and in
+// all pairs. What is taken, what is waited for and what ends the connection follows from the head alone, and whatever
+// it was, the next connection goes on as if nothing had happened.
+
+#include "cable.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <set>
+
+namespace {
+
+using namespace cable;
+using uvel::host::standby::FRAME_HEAD;
+using uvel::host::standby::FrameType;
+using uvel::host::standby::Get;
+
+constexpr uint64_t NOW = 1'000'000;
+constexpr uint32_t MAX_MESSAGE = 1000;
+constexpr uint32_t MAX_CONTROL = 16 * 1024;
+constexpr uint32_t BODY = 48 + 5;
+constexpr uint64_t NEXT = 2; /* number, behind the mark that begins a batch */
+
+struct Field {
+    std::size_t offset;
+    std::size_t width;
+    uint64_t truth;
+
+    std::set<uint64_t> Values() const {
+        const uint64_t largest = width == 8 ? UINT64_MAX : (1ULL << (8 * width)) - 1;
+        return {0, 1, largest, largest - 1, truth, truth + 1, (truth - 1) & largest};
+    }
+    void Put(std::vector<uint8_t> &frame, uint64_t value) const {
+        for (std::size_t i = 0; i < width; ++i)
+            frame[offset + i] = static_cast<uint8_t>(value >> (8 * i));
+    }
+};
+
+/* Length, type, processor, nothing, module and number of the frame; total length in the message's header. */
+constexpr Field FIELDS[] = {{0, 4, BODY},           {4, 1, 4}, {5, 1, 255}, {6, 2, 0}, {8, 4, 7}, {12, 8, NEXT},
+                            {FRAME_HEAD + 32, 4, 5}};
+
+std::vector<uint8_t> TrueFrame() {
+    std::vector<uint8_t> frame(FRAME_HEAD);
+    const std::vector<uint8_t> message = Message(1, "hello");
+    frame.insert(frame.end(), message.begin(), message.end());
+    for (const Field &field : FIELDS)
+        field.Put(frame, field.truth);
+    return frame;
+}
+
+enum class Fate { TAKEN, WAITED_FOR, ENDS };
+
+Fate FateOf(const std::vector<uint8_t> &frame) {
+    const auto length = Get<uint32_t>(&frame[0]);
+    const bool data = frame[4] == static_cast<uint8_t>(FrameType::DATA);
+    if (Get<uint16_t>(&frame[6]) != 0 || frame[4] < 1 || frame[4] > 10)
+        return Fate::ENDS;
+    if (data ? length < 48 || length > 48 + MAX_MESSAGE : length > MAX_CONTROL)
+        return Fate::ENDS;
+    if (length > BODY)
+        return Fate::WAITED_FOR;
+    /* What is no DATA ends it too: out of turn, or malformed, or followed by what is no frame. */
+    return data && Get<uint64_t>(&frame[12]) == NEXT && Get<uint32_t>(&frame[FRAME_HEAD + 32]) <= MAX_MESSAGE
+               ? Fate::TAKEN
+               : Fate::ENDS;
+}
+
+EndpointSettings Receiver() {
+    EndpointSettings settings = Settings("b", "a");
+    settings.max_message = MAX_MESSAGE;
+    return settings;
+}
+
+void Try(const std::vector<uint8_t> &frame) {
+    Side a(Settings("a", "b"), NOW);
+    Side b(Receiver(), NOW);
+    Cable line(a, b);
+    line.Connect(NOW);
+    line.Carry(NOW);
+    ASSERT_TRUE(b.endpoint.IsUp());
+
+    const Fate fate = FateOf(frame);
+    const auto room = b.endpoint.Room();
+    ASSERT_LE(frame.size(), room.size());
+    std::copy(frame.begin(), frame.end(), room.begin());
+    const Endpoint::Step step = b.endpoint.Filled(frame.size(), NOW);
+    ASSERT_EQ(fate == Fate::ENDS, step == Endpoint::Step::CLOSE);
+    ASSERT_EQ(fate == Fate::TAKEN ? 1u : 0u, b.counters.Copy().ulPacketsReceived);
+    ASSERT_EQ(fate == Fate::ENDS ? 1u : 0u, b.counters.Copy().ulViolations);
+    if (fate == Fate::WAITED_FOR) {
+        ASSERT_FALSE(b.endpoint.Room().empty());
+    }
+
+    line.Cut();
+    const std::size_t before = b.said.size();
+    Settle(line, a, b, NOW);
+    a.Say("after all");
+    line.Carry(NOW);
+    ASSERT_EQ(before + 1, b.said.size());
+    ASSERT_EQ("after all", b.said.back());
+}
+
+TEST(Frames, AreTakenByTheirHeadsAndOtherwiseEndTheConnection) {
+    ASSERT_EQ(Fate::TAKEN, FateOf(TrueFrame()));
+    std::set<Fate> met;
+    int cases = 0;
+    for (const Field &first : FIELDS) {
+        for (const uint64_t a : first.Values()) {
+            for (const Field *second = &first; second != std::end(FIELDS); ++second) {
+                for (const uint64_t b : second->Values()) {
+                    std::vector<uint8_t> frame = TrueFrame();
+                    first.Put(frame, a);
+                    second->Put(frame, b);
+                    SCOPED_TRACE("offset " + std::to_string(first.offset) + " = " + std::to_string(a) + ", offset " +
+                                 std::to_string(second->offset) + " = " + std::to_string(b));
+                    Try(frame);
+                    if (testing::Test::HasFatalFailure())
+                        return;
+                    met.insert(FateOf(frame));
+                    ++cases;
+                }
+            }
+        }
+    }
+    EXPECT_EQ(3u, met.size());
+    EXPECT_GT(cases, 1000);
+}
+
+/* Each length up to the limit and beyond. */
+TEST(Frames, OfEveryLengthAreBoundedByTheLargestMessage) {
+    for (uint32_t length = 0; length <= 48 + MAX_MESSAGE + 2; ++length) {
+        std::vector<uint8_t> frame = TrueFrame();
+        FIELDS[0].Put(frame, length);
+        SCOPED_TRACE("length " + std::to_string(length));
+        Try(frame);
+        if (testing::Test::HasFatalFailure())
+            return;
+    }
+}
+
+} // namespace

@@ -56,6 +56,32 @@ void PutError(const std::string &error, char *text, uint32_t size) {
     text[length] = '\0';
 }
 
+/* ---- opening and closing; the lock is held */
+
+void Close() {
+    Link *link = g_link.exchange(nullptr);
+    if (link == nullptr)
+        return;
+    link->Shut();
+    for (uint32_t users = g_users.load(); users != 0; users = g_users.load())
+        g_users.wait(users);
+    delete link;
+}
+
+void Open(const YSB_LINK_CONFIG_S &config, std::string &error) {
+    std::unique_ptr<Link> made = Link::Open(config, error);
+    if (made == nullptr)
+        return;
+    Link *link = made.release();
+    g_link.store(link);
+    try {
+        link->Start();
+    } catch (...) {
+        Close(); /* a thread is missing: whoever tries again finds no half of a link */
+        throw;
+    }
+}
+
 } // namespace
 
 /* ---- standby.h */
@@ -114,10 +140,8 @@ uint32_t YSB_Link_Open(const YSB_LINK_CONFIG_S *pstConfig, char *pszError, uint3
             error = "no configuration";
         else if (g_link.load() != nullptr)
             error = "the link of this process is open already";
-        else if (std::unique_ptr<Link> link = Link::Open(*pstConfig, error)) {
-            g_link.store(link.release());
-            g_link.load()->Start();
-        }
+        else
+            Open(*pstConfig, error);
     } catch (const std::exception &exception) {
         error = exception.what();
     }
@@ -129,13 +153,7 @@ uint32_t YSB_Link_Open(const YSB_LINK_CONFIG_S *pstConfig, char *pszError, uint3
 
 void YSB_Link_Close(void) {
     std::lock_guard lock(g_open_lock);
-    Link *link = g_link.exchange(nullptr);
-    if (link == nullptr)
-        return;
-    link->Shut();
-    for (uint32_t users = g_users.load(); users != 0; users = g_users.load())
-        g_users.wait(users);
-    delete link;
+    Close();
 }
 
 uint32_t YSB_Link_BatchDone(uint32_t ulBatch) {

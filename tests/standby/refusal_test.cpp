@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 #include <netinet/in.h>
 #include <openssl/ssl.h>
+#include <pthread.h>
 #include <sys/socket.h>
 #include <thread>
 #include <unistd.h>
@@ -339,6 +340,19 @@ TEST_F(Opening, IsForOneLinkAtATime) {
     EXPECT_EQ("the link of this process is open already", Error());
     YSB_Link_Close();
     YSB_Link_Close();
+    EXPECT_EQ("opened", Error());
+}
+
+/* Stacks for which there is no room in any memory. */
+TEST_F(Opening, WithoutThreadsFailsAndCanBeTriedAgain) {
+    pthread_attr_t usual, vast;
+    ASSERT_EQ(0, pthread_getattr_default_np(&usual));
+    ASSERT_EQ(0, pthread_getattr_default_np(&vast));
+    ASSERT_EQ(0, pthread_attr_setstacksize(&vast, std::size_t{1} << 47));
+    ASSERT_EQ(0, pthread_setattr_default_np(&vast));
+    const std::string error = Error();
+    ASSERT_EQ(0, pthread_setattr_default_np(&usual));
+    EXPECT_EQ("Resource temporarily unavailable", error);
     EXPECT_EQ("opened", Error());
 }
 

@@ -157,6 +157,32 @@ TEST_F(Store, DeletesByKeyOnce) {
     EXPECT_EQ(1u, CHI_DelMsgRsmHash(&control, nullptr));
 }
 
+TEST_F(Store, DeletesWithARecordThatCarriesNothingButTheKey) {
+    CHI_RSM_MSG_S *record = Add(3, 77, 4);
+    CHI_RSM_MSG_S expected{};
+    expected.ulKey = 3;
+    kit::Op<LITE_HASH_RemoveElmtByKey>().Does([&](LITE_HASH_S *hash, const void *key) {
+        EXPECT_EQ(0, std::memcmp(&expected, key, sizeof expected));
+        return kit::Op<LITE_HASH_RemoveElmtByKey>().Real(hash, key);
+    });
+    EXPECT_EQ(0u, CHI_DelMsgRsmHash(&control, record));
+    EXPECT_EQ(1u, kit::Op<LITE_HASH_RemoveElmtByKey>().Calls());
+}
+
+TEST_F(Store, ReadsSixteenBitsOfAFragmentsNumber) {
+    CHI_RSM_MSG_S *record = Add(3, 77, 6);
+    EXPECT_EQ(0u, AddFragment(record, 77, 4, "a"));
+    uint8_t header[48] = {};
+    const uint32_t number = 0x00010004;
+    std::memcpy(header + 44, &number, 4);
+    void *fragment = nullptr;
+    ASSERT_EQ(0u, CBUF_Alloc(YSB, &fragment, 1));
+    std::memcpy(static_cast<FakeSmbuf *>(fragment)->data, &record->ulMsgId, 4);
+    EXPECT_EQ(1u, CHI_AddFrag2Msg(YSB, &control, fragment, "b", 1, &complete, header, record));
+    EXPECT_EQ(Reports{"2/4/4"}, g_reports);
+    CBUF_Free(YSB, fragment);
+}
+
 TEST_F(Store, CompletesAMessageWhenAllItsBytesHaveCome) {
     CHI_RSM_MSG_S *record = Add(3, 77, 6);
     void *buffer = record->pBuffer;
@@ -287,6 +313,7 @@ TEST_F(Store, DestroysARecordWithAndWithoutItsBuffer) {
     CHI_DestroyMsgForRsm(YSB, &control, first);
     EXPECT_EQ(1u, control.stList.ulCount);
     CHI_DestroyMsgForRsm(YSB, &control, second);
+    EXPECT_EQ(2u, kit::Op<LITE_HASH_FreeData>().Calls()) << "the records themselves";
     EXPECT_EQ(0u, control.stList.ulCount);
     EXPECT_EQ(0u, LITE_HASH_GetCount(control.pstHash));
     CHI_DestroyMsgForRsm(YSB, nullptr, second);

@@ -2,7 +2,7 @@
 
 add_library(uvel_build_options INTERFACE)
 target_compile_options(uvel_build_options INTERFACE
-    -Wall -Wextra -Wshadow -Wconversion -Werror -fno-semantic-interposition)
+    -Wall -Wextra -Wshadow -Wconversion $<$<BOOL:${UVEL_WARNINGS_END_BUILD}>:-Werror> -fno-semantic-interposition)
 # gcc 12 sees overlapping copies in std::string's operator+ where there are none (its bug 105651)
 target_compile_options(uvel_build_options INTERFACE $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wno-restrict>)
 target_link_options(uvel_build_options INTERFACE -Wl,-z,defs -Wl,-z,relro -Wl,-z,now)

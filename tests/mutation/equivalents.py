@@ -2,7 +2,7 @@
 
     src/.../file.cpp: Function
     the line of the source
-    what is changed                     * stands for any change of the line
+    what is changed                     several changes are parted by "; ", * stands for any change of the line
     = why it makes no difference
 
 Line numbers are left out on purpose: the list stays true while other lines come and go."""
@@ -25,7 +25,7 @@ def read(path):
         if len(lines) < 4 or not lines[3].startswith("= "):
             raise SystemExit(f"{path}: a paragraph without its four parts:\n{paragraph}")
         file, function = lines[0].split(": ", 1)
-        keys.add(Key(file, function, lines[1], lines[2]))
+        keys.update(Key(file, function, lines[1], change) for change in lines[2].split("; "))
     return keys
 
 

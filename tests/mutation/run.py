@@ -167,7 +167,7 @@ class Trace:
         tracer = folder / "trace.o"
         subprocess.check_call(["gcc", "-O1", "-fPIC", "-c", ROOT / "tests/mutation/trace.c", "-o", tracer])
         outputs = [output for output in build.compile if "/boundscheck" not in output]
-        bench.flags += " -g1"
+        bench.flags += " -g1 -gdwarf-4"  # addr2line misreads files of version 5
         with concurrent.futures.ThreadPoolExecutor(jobs) as pool:
             if not all(pool.map(lambda output: bench.compile([output]), outputs)):
                 sys.exit("the library for tracing does not compile")
@@ -196,7 +196,7 @@ class Trace:
             match = re.search(r"/src/(src/.*|(common|common_adp|event|diag)/.*)$", os.path.normpath(path))
             if match and line.isdigit():
                 inside = match[1] if match[1].startswith("src/") else "src/" + match[1]
-                table[int(offset, 16)] = (inside, int(line), name.split("(")[0])
+                table[int(offset, 16)] = (inside, int(line), name.split("(")[0].split(".")[0])
         return table
 
     def run_suite(self, folder, kind, suite, tests):
@@ -215,22 +215,29 @@ class Trace:
         self.tests[kind, test] = ({table[at][:2] for at in entered if at in table}, time.monotonic() - begin)
         return True
 
-    def function_at(self, path, line):
-        starts = [start for start in self.starts.get(path, ()) if start[0] <= line]
-        return max(starts)[1] if starts else "(file)"
+    def function_at(self, path, source, line):
+        """(line, name) of the function that encloses a line: the nearest before it that has not ended; or None."""
+        start = max((start for start in self.starts.get(path, ()) if start[0] <= line), default=None)
+        ended = start and any(text.startswith("}") for text in source.splitlines()[start[0] - 1:line - 1])
+        return None if ended else start
 
-    def choose(self, build, path, line):
-        """Tests for a change: those that enter its function, the most particular and quickest first; where no function
-        encloses it, those that enter any function of what includes the file."""
-        starts = [start[0] for start in self.starts.get(path, ()) if start[0] <= line]
-        if starts:
-            here = {(path, max(starts))}
+    def choose(self, build, path, function):
+        """Tests for a change: those that enter its function; where no function encloses it, those that enter any function
+        of what includes the file. First those that enter little else, and are quick."""
+        if function:
+            here = {(path, function[0])}
         else:
             files = {str(build.compile[output][0]) for output in build.objects_of(path)} | {path}
             here = {(file, start[0]) for file in files for start in self.starts.get(file, ())}
-        chosen = [(len(entered) + 100 * seconds, test) for test, (entered, seconds) in self.tests.items()
-                  if entered & here or (path.startswith("src/boundscheck") and
-                                        re.search("Securec|Bounds|Print|Scan|_s[A-Z.]", test[1]))]
+        bundled = path.startswith("src/boundscheck")
+        chosen = []
+        for test, (entered, seconds) in self.tests.items():
+            if bundled and "Boundscheck" in test[1]:
+                chosen.append((seconds, test))
+            elif entered & here:
+                chosen.append(((10 + 100 * seconds) * len(entered) / len(entered & here), test))
+        # a table without functions is seen by nobody knows whom
+        chosen = chosen or [(seconds, test) for test, (_, seconds) in self.tests.items()]
         return [test for _, test in sorted(chosen)]
 
 
@@ -271,7 +278,8 @@ class Sample:
             mutant = self.draw()
             source = self.sources[mutant.path]
             line = mutant.line(source)
-            key = equivalents.Key(mutant.path, self.trace.function_at(mutant.path, line), mutant.source_line(source),
+            function = self.trace.function_at(mutant.path, source, line)
+            key = equivalents.Key(mutant.path, function[1] if function else "(file)", mutant.source_line(source),
                                   mutant.change(source))
             if equivalents.covers(self.harmless, key):
                 self.outcome["listed"] += 1
@@ -289,12 +297,12 @@ class Sample:
                 if not program:
                     self.outcome["same" if not different else "refused"] += 1
                     continue
-                return key, line, *self.judge(bench, mutant.path, line, program)
+                return key, line, *self.judge(bench, mutant.path, function, program)
             finally:
                 copy.write_text(source)
 
-    def judge(self, bench, path, line, program):
-        tests = self.trace.choose(self.build, path, line)
+    def judge(self, bench, path, function, program):
+        tests = self.trace.choose(self.build, path, function)
         for kind, test in tests:
             used = program if kind == "unit" else self.trace.programs[kind]
             fault = passes(used, test, bench.folder / "lib")

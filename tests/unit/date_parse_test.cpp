@@ -7,6 +7,7 @@
 #include <string>
 
 #include "fuzz/date_reference.h"
+#include "host/sanitizers.h"
 #include "kit.h"
 #include "unit/guarded_text.h"
 
@@ -254,12 +255,13 @@ TEST(DateParse, ReadsWhatTheWriterWroteForEveryDayFrom1970To2105) {
 
 TEST(DateParse, AgreesWithASlowReaderOnChangedTexts) {
     constexpr uint32_t SEED = 20240307;
+    constexpr int TEXTS = UNDER_SANITIZER ? 30000 : 200000;
     const std::string alphabet = "0123456789 \t:,-MONmarxJ\x80\n";
     const std::string seeds[] = {"MON, 7 Mar 2024 09:05:00", "Sunday 01 jan 99 1:2:3 GMT", "Mon, 07-Mar-2024 10:00:00",
                                  "- 1 - 2 - 3 4 5 6 7", "wednesday\t4294967296 Dec 18446744073709551616:1:2:3"};
     std::mt19937 random(SEED);
     int accepted = 0;
-    for (int i = 0; i < 200000; ++i) {
+    for (int i = 0; i < TEXTS; ++i) {
         std::string text = seeds[random() % std::size(seeds)];
         for (auto changes = random() % 6; changes > 0; --changes) {
             const std::size_t at = random() % (text.size() + 1);
@@ -282,8 +284,8 @@ TEST(DateParse, AgreesWithASlowReaderOnChangedTexts) {
         }
         accepted += result == 0 ? 1 : 0;
     }
-    EXPECT_GT(accepted, 20000);
-    EXPECT_LT(accepted, 180000);
+    EXPECT_GT(accepted, TEXTS / 10);
+    EXPECT_LT(accepted, TEXTS / 10 * 9);
 }
 
 } // namespace

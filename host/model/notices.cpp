@@ -116,7 +116,7 @@ uint32_t GroupOfL2Event(uint32_t event) {
 }
 
 bool IsKnownL2Group(uint32_t group) {
-    static constexpr uint32_t GROUPS[] = {4, 5, 6, 9, 11, 12, 13, 14, 16, 22, 23, 24, 36, 37, 54};
+    static constexpr uint32_t GROUPS[] = {2, 4, 5, 6, 9, 11, 12, 13, 14, 16, 22, 23, 24, 36, 37, 54};
     return std::find(std::begin(GROUPS), std::end(GROUPS), group) != std::end(GROUPS);
 }
 

@@ -145,6 +145,14 @@ void AppendBitmap(std::optional<std::vector<uint8_t>> &bytes, const Node &list) 
     Append(bytes, bitmap);
 }
 
+void AppendVlanList(Event &event, const Node &list) {
+    const std::vector<Node> items = list.Items();
+    event.key.emplace();
+    for (const Node &item : items)
+        Append(event.key, item.NumberOf<uint16_t>(0, 4095));
+    Append(event.data, static_cast<uint32_t>(items.size()));
+}
+
 void AppendQinq(std::optional<std::vector<uint8_t>> &bytes, const Node &list) {
     L2IF_QINQ_DATA_S qinq = {};
     const std::vector<Node> items = list.Items();
@@ -157,7 +165,7 @@ void AppendQinq(std::optional<std::vector<uint8_t>> &bytes, const Node &list) {
 
 Event ReadL2(const Node &node) {
     const Fields fields(node, {"event", "now", "vlan", "last", "super", "sub", "attribute", "ports", "interface",
-                               "port", "value", "words", "vlans", "context", "key", "data"});
+                               "port", "value", "words", "vlans", "vlan-list", "context", "key", "data"});
     Event event = {MDL_TOPIC_L2, Number(fields, "event"), 0, 0, 0, {}, {}};
     if (const auto now = fields.Optional("now"); now && now->Flag())
         event.event |= L2IF_EVT_NOW;
@@ -181,6 +189,8 @@ Event ReadL2(const Node &node) {
         AppendQinq(event.data, *words);
     if (const auto vlans = fields.Optional("vlans"))
         AppendBitmap(event.data, *vlans);
+    if (const auto list = fields.Optional("vlan-list"))
+        AppendVlanList(event, *list);
     if (const auto context = fields.Optional("context"))
         Append(event.data, static_cast<uint64_t>(context->Number(0, INT64_MAX)));
     if (const auto key = fields.Optional("key"))
@@ -192,12 +202,20 @@ Event ReadL2(const Node &node) {
 
 using Reader = Event (*)(const Node &);
 
+uint32_t CountIn(const std::vector<uint8_t> &bytes) {
+    uint32_t count;
+    std::memcpy(&count, bytes.data(), sizeof count);
+    return count;
+}
+
 /* What a callback reads without asking how much there is: a scenario must not let it read beyond. */
 bool IsWhole(const Event &event) {
     const std::size_t key = event.key ? event.key->size() : 0, data = event.data ? event.data->size() : 0;
     if (event.topic != MDL_TOPIC_L2)
         return true;
     switch (event.event & ~L2IF_EVT_NOW) {
+    case 17:
+        return data >= 4 && key / 2 >= CountIn(*event.data);
     case 49:
     case 65:
         return key >= 2 && data >= 2;
@@ -237,7 +255,7 @@ bool IsWhole(const Event &event) {
 void AddEvent(const Node &place, const Event &event, Operations &operations) {
     if (!IsWhole(event))
         place.Complain("expected the keys that this layer-2 event needs (vlan, super and sub, attribute, ports, "
-                       "interface, port and value, words, vlans)");
+                       "interface, port and value, words, vlans, vlan-list)");
     operations.Add(place, "an event of layer 2 or of a trunk that the host knows", [event](MDL_BATCH *batch) {
         const auto data = [](const std::optional<std::vector<uint8_t>> &bytes) -> const void * {
             static constexpr uint8_t NOTHING = 0;

@@ -116,7 +116,7 @@ inline void Listen() {
         bad |= IF_INTF_RegEvtCb(IF_EVT_BD, IF_EVT_ALL_SUB, as(OnBd), 1, IF_EVT_MASK_ALL);
         bad |= IF_RegNotifyFunc(1, OnNotify);
         bad |= IP_EventNotifyFuncRegister("test", IP_EVT_CLASS_ADDR, OnIp);
-        for (uint32_t group : {4U, 5U, 6U, 9U, 11U, 12U, 13U, 14U, 16U, 22U, 23U, 24U, 36U, 37U, 54U})
+        for (uint32_t group : {2U, 4U, 5U, 6U, 9U, 11U, 12U, 13U, 14U, 16U, 22U, 23U, 24U, 36U, 37U, 54U})
             bad |= L2IF_SH_EvtCbFuncReg("test", group, 1, OnL2);
         for (auto [trunk_class, event] : {std::pair{1u, 2u}, {2u, 3u}, {3u, 6u}, {3u, 7u}, {3u, 8u}})
             bad |= Trunk_EventNotifyFuncRegister("test", trunk_class, event, 1, as(OnTrunk));

@@ -250,6 +250,8 @@ TEST_F(HostScenario, RaisesEveryNotificationOfLayer2) {
     EXPECT_EQ((Lines{"l2 337+ 3 1"}),
               Raised("layer2: {event: 337, now: true, port: 3, words: [1,2,3,4,5,6,7,8,9,10]}"));
     EXPECT_EQ((Lines{"l2 353 3 7"}), Raised("layer2: {event: 353, port: 3, words: [7,2,3,4,5,6,7,8,9,10]}"));
+    EXPECT_EQ((Lines{"l2 17+ 4095 2"}), Raised("layer2: {event: 17, now: true, vlan-list: [4095, 20]}"));
+    EXPECT_EQ((Lines{"l2 17+ 4095 2"}), Raised("layer2: {event: 17, now: true, key: ff0f1400, data: \"02000000\"}"));
     EXPECT_EQ((Lines{"l2 65 10 20"}), Raised("layer2: {event: 65, super: 10, sub: 20}"));
     EXPECT_EQ((Lines{"l2 129 20 null"}), Raised("layer2: {event: 129, vlan: 20}"));
     EXPECT_EQ((Lines{"l2 193+ 7 null"}), Raised("layer2: {event: 193, now: true, interface: 7}"));
@@ -297,8 +299,9 @@ TEST_F(HostScenario, WrongFilesAreRefusedWithPlaceAndExpectation) {
 }
 
 TEST_F(HostScenario, AnEventNeverCarriesLessThanItsCallbacksRead) {
-    for (const char *event : {"49, super: 1", "81, vlan: 1", "129", "161, vlan: 1", "193", "241, port: 1",
-                              "337, port: 1", "577", "577, data: 00", "368", "161, key: 0100, ports: [1]"})
+    for (const char *event :
+         {"17", "17, key: ff0f, data: \"02000000\"", "49, super: 1", "81, vlan: 1", "129", "161, vlan: 1", "193",
+          "241, port: 1", "337, port: 1", "577", "577, data: 00", "368", "161, key: 0100, ports: [1]"})
         EXPECT_NE(std::string::npos,
                   ComplaintOf("steps: [{at: 0ms, raise: [{layer2: {event: " + std::string(event) + "}}]}]")
                       .find("s.yaml:1:28: expected the keys that this layer-2 event needs"))

@@ -93,6 +93,7 @@ UVELHOST_API uint32_t CFM_OverNotifyModuleRegister(uint32_t ulMid, uint32_t ulRe
  * of a number is (number without bit 30) / 16 + 1, apart from 593 (group 16) and 387 (group 24).
  *
  *   group   announces                        numbers                     pKey                 pData
+ *   2       VLANs created, as a list         17+                         u16[] VLANs          u32 their number
  *   4, 5    sub-VLAN of a super-VLAN         49; 65                      u16 super-VLAN       u16 sub-VLAN
  *   6       attribute of a VLAN              81+                         u16 VLAN             u32 attribute
  *   9       VLAN interface up or down        129, 130                    u16 VLAN             null

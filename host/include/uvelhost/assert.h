@@ -7,7 +7,10 @@
 
 #include "types.h"
 
+/* Called with the place of a failed assertion and how often it has failed there, this time included. pszSource
+ * lives on. */
 typedef void (*QAL_ASSERT_HOOK)(const char *pszSource, uint32_t ulLine, uint64_t ulCount);
+/* Called with the place of an error that leaves the process unusable. */
 typedef void (*QAL_FATAL_HOOK)(const char *pszSource, uint32_t ulLine);
 
 /* Reports a failed assertion: the first time at each place as one line on standard error, afterwards only counted. Uses

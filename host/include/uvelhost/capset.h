@@ -25,6 +25,7 @@ UVELHOST_API uint32_t capset_destroy(void);
  * unknown item and when the value does not fit. Callers may ask with null arguments and rely on the failure. */
 UVELHOST_API uint32_t capset_query_with_itemname(const char *pszItem, void *pValue, uint32_t *pulSize);
 
+/* Takes one item of capset_walk; pContext is what was given there. */
 typedef void (*CAPSET_WALK_CB)(const char *pszItem, uint32_t ulValue, void *pContext);
 
 /* Calls pfItem with each item of the open view, in the order of their names as bytes, and with pContext; the name is

@@ -16,11 +16,12 @@
 
 /* Kinds of change; a subscription's mask is a sum of them. */
 #define DB_CHANGE_PRESENT 1U /* the key was there when the subscription began */
-#define DB_CHANGE_CREATED 2U
-#define DB_CHANGE_CHANGED 4U
-#define DB_CHANGE_DELETED 8U
-#define DB_CHANGE_ALL 15U
+#define DB_CHANGE_CREATED 2U /* the key is new */
+#define DB_CHANGE_CHANGED 4U /* the key has another value */
+#define DB_CHANGE_DELETED 8U /* the key is gone */
+#define DB_CHANGE_ALL 15U    /* all of them */
 
+/* A connection for subscriptions. */
 typedef struct DB_CONN DB_CONN_S;
 
 /* Where to connect to, and as whom. */
@@ -33,7 +34,7 @@ UVELHOST_STATIC_ASSERT(offsetof(DB_CONN_DESC_S, pszClient) == sizeof(void *), "e
 
 /* One key of a table. Key and value belong to the client and are valid during the call only. */
 typedef struct {
-    const char *pszKey;
+    const char *pszKey;     /* terminated */
     const void *pValue;     /* null when the length is 0; not terminated */
     uint32_t ulValueLength; /* bytes; 0 for a deleted key */
     uint32_t ulChange;      /* one of DB_CHANGE_* */
@@ -50,8 +51,8 @@ typedef void (*DB_KV_CB)(const DB_KV_S *pstKv);
 
 /* What a subscription wants to hear; whole cleared before it is filled. */
 typedef struct {
-    uint32_t ulChangeMask; /* sum of DB_CHANGE_* */
-    DB_KV_CB pfCallback;
+    uint32_t ulChangeMask;   /* sum of DB_CHANGE_* */
+    DB_KV_CB pfCallback;     /* called for each of these changes */
     uint8_t ucFromStart;     /* 1: what is in the table comes first, 0: changes only */
     uint8_t aucReserved[7];  /* 0 */
     uint64_t aulReserved[5]; /* 0 */

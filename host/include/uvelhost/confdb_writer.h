@@ -26,6 +26,7 @@
 
 #include "confdb.h"
 
+/* Results. */
 #define DB_OK 0U
 #define DB_FAILED 1U    /* see db_last_error */
 #define DB_NOT_FOUND 2U /* no such key */
@@ -35,16 +36,19 @@
 #define DB_KEY_SIZE 1024U             /* longest key, in bytes */
 #define DB_VALUE_SIZE (1024U * 1024U) /* longest value, in bytes */
 
+/* An open database. */
 typedef struct DB_STORE DB_STORE_S;
+/* A watch on one or all tables. */
 typedef struct DB_WATCH DB_WATCH_S;
 
 /* One key of the database. Everything in it is valid during the callback only. */
 typedef struct {
-    const char *pszTable;
+    const char *pszTable; /* terminated */
     DB_KV_S stKv;         /* ulChange is DB_CHANGE_PRESENT in a list */
     uint64_t ullRevision; /* of the latest change of this key */
 } DB_RECORD_S;
 
+/* Takes one record; pContext is what was given with the function. Does not throw. */
 typedef void (*DB_RECORD_CB)(void *pContext, const DB_RECORD_S *pstRecord);
 
 /* Why the latest operation of this header that failed on the calling thread did so; "" before the first one. Valid until

@@ -6,6 +6,7 @@
 
 #include "types.h"
 
+/* What MESH_EpollCtl does with a descriptor: adds it, changes what it waits for, takes it out. */
 #define MESH_EPOLL_ADD 0U
 #define MESH_EPOLL_MOD 1U
 #define MESH_EPOLL_DEL 2U

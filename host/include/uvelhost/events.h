@@ -68,6 +68,7 @@ UVELHOST_API uint32_t IF_RegNotifyFunc(uint32_t ulMid, IF_NOTIFY_CB pfCallback);
 
 /* ---- addresses ---- */
 
+/* Class of the events of IPv4 addresses. */
 #define IP_EVT_CLASS_ADDR 6U
 
 /* An IPv4 address of an interface; the library listens to the events 16 and 32. *pulAddrNet is the address in network
@@ -106,24 +107,25 @@ UVELHOST_API uint32_t CFM_OverNotifyModuleRegister(uint32_t ulMid, uint32_t ulRe
  *   36, 37  VLANs in batches                 577 to 580, 582, 579+       null                 u32[128] VLAN bitmap
  *   54      question: may the port change?   any of the group            of the host          of the host */
 
+/* Bit of an event's number: listeners must have dealt with it before the host goes on. */
 #define L2IF_EVT_NOW 0x40000000U
 
 /* Ports in an event: this head, then ulCount u32 port entries directly behind it. */
 typedef struct {
     uint32_t ulReserved;
-    uint32_t ulCount;
+    uint32_t ulCount; /* port entries behind it */
 } L2IF_PORT_LIST_S;
 UVELHOST_STATIC_ASSERT(sizeof(L2IF_PORT_LIST_S) == 8, "the entries begin at offset 8");
 
 /* VLANs in an event: this head, then ulCount u16 VLAN ids directly behind it. */
 typedef struct {
-    uint32_t ulCount;
+    uint32_t ulCount; /* VLAN ids behind it */
 } L2IF_VLAN_LIST_S;
 UVELHOST_STATIC_ASSERT(sizeof(L2IF_VLAN_LIST_S) == 4, "the ids begin at offset 4");
 
 /* QinQ data of a port. The library passes on words 6, 8 and 9, counted from 0. */
 typedef struct {
-    uint16_t ausWord[10];
+    uint16_t ausWord[10]; /* the host's words */
 } L2IF_QINQ_DATA_S;
 UVELHOST_STATIC_ASSERT(sizeof(L2IF_QINQ_DATA_S) == 20, "ten words");
 

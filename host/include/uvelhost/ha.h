@@ -6,6 +6,7 @@
 
 #include "types.h"
 
+/* Roles of a board. */
 #define HA_BOARD_MASTER 0U
 #define HA_BOARD_SLAVE 1U
 

@@ -8,6 +8,7 @@
 
 #include "types.h"
 
+/* A hash table with chains. */
 typedef struct LITE_HASH LITE_HASH_S;
 
 typedef uint32_t (*LITE_HASH_KEY_FUNC)(const void *pNode);                  /* hash value of a node */

@@ -13,22 +13,23 @@
 #include "types.h"
 
 #define IF_NAME_SIZE 64U /* bytes that hold every interface name, terminator included */
-#define IF_MAC_SIZE 6U
+#define IF_MAC_SIZE 6U   /* bytes of a MAC address */
 
+/* States of a line and of a port. */
 #define IF_STATE_UP 1U
 #define IF_STATE_DOWN 2U
 
 /* One interface as the host hands it out whole. */
 typedef struct {
-    uint32_t ulIfIndex;
-    uint32_t ulMainIfIndex; /* for a sub-interface the interface it belongs to, otherwise its own index */
-    uint32_t ulPortType;
-    uint32_t ulPhyType;
-    uint32_t ulLineState; /* IF_STATE_UP or IF_STATE_DOWN */
-    uint32_t ulPhyState;  /* IF_STATE_UP or IF_STATE_DOWN */
-    uint16_t usVlanId;    /* 65535 for none */
-    uint8_t aucMac[IF_MAC_SIZE];
-    char szName[IF_NAME_SIZE];
+    uint32_t ulIfIndex;          /* index of the interface, never 0 or 0xFFFFFFFF */
+    uint32_t ulMainIfIndex;      /* for a sub-interface the interface it belongs to, otherwise its own index */
+    uint32_t ulPortType;         /* the host's number for the kind of port */
+    uint32_t ulPhyType;          /* the host's number for the physical kind */
+    uint32_t ulLineState;        /* IF_STATE_UP or IF_STATE_DOWN */
+    uint32_t ulPhyState;         /* IF_STATE_UP or IF_STATE_DOWN */
+    uint16_t usVlanId;           /* 65535 for none */
+    uint8_t aucMac[IF_MAC_SIZE]; /* in the order of transmission, zeros when it has none */
+    char szName[IF_NAME_SIZE];   /* terminated */
 } IF_IFNET_S;
 
 /* 1 when ulIfIndex can be the index of an interface, 0 for 0 and 0xFFFFFFFF. Whether there is one is not asked. */

@@ -71,6 +71,7 @@ UVELHOST_API uint32_t IPC_GetSelfNodeId(void);
  * not have is that one's to count. */
 UVELHOST_API uint32_t IPC_Send(uint32_t ulMsgType, void *pMsg);
 
+/* Counters since start. */
 typedef struct {
     uint64_t ulSent;         /* messages accepted by IPC_Send */
     uint64_t ulRefused;      /* messages refused by IPC_Send */
@@ -106,7 +107,7 @@ UVELHOST_API uint32_t IPC_RPC_Call(uint32_t ulNode, uint32_t ulMid, void *pMsg, 
 /* ---- messages of the configuration database ---- */
 
 #define DBI_MAGIC 0x44424931U /* "DBI1" */
-#define DBI_VERSION 1U
+#define DBI_VERSION 1U        /* of the header below */
 
 /* How such a message begins. What follows is the affair of its sender and of the product's database hook. */
 typedef struct {

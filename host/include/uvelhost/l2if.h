@@ -12,7 +12,7 @@
 
 #include "types.h"
 
-#define L2IF_VLAN_BITMAP_WORDS 128U
+#define L2IF_VLAN_BITMAP_WORDS 128U /* of 32 VLANs each: VLAN v is bit (v mod 32) of word v / 32 */
 
 /* What BDS_L2_VlanGetIdByIfIndex reads. */
 #define L2IF_ID_VLAN 0U       /* the VLAN */

@@ -7,19 +7,22 @@
 
 #include "types.h"
 
+/* A node, the first member of what is linked. */
 typedef struct DLL_NODE DLL_NODE_S;
 
+/* A node; both links are null while it is in no list. */
 struct DLL_NODE {
-    DLL_NODE_S *pstNext;
-    DLL_NODE_S *pstPrev;
+    DLL_NODE_S *pstNext; /* next node, or the head */
+    DLL_NODE_S *pstPrev; /* previous node, or the head */
     void *pReserved;
 };
 
+/* A list's head, which closes the ring of its nodes. */
 typedef struct {
     DLL_NODE_S *pstNext; /* first node, or the head itself */
     DLL_NODE_S *pstPrev; /* last node, or the head itself */
     void *pReserved;
-    uint32_t ulCount;
+    uint32_t ulCount; /* nodes in the list */
 } DLL_S;
 
 /* Makes the head empty. */

@@ -11,6 +11,7 @@
 
 typedef struct MBUF MBUF_S;
 
+/* One buffer of a packet. */
 struct MBUF {
     MBUF_S *pstNext;            /* next buffer of the packet, or null */
     uint8_t *pucData;           /* first byte in this buffer */

@@ -29,16 +29,17 @@
 
 #define MDL_MAX_EVENT_BYTES 65536U /* of a key and of data */
 
+/* A notification; what its members hold stands with its topic above, what it has not is 0 or null. */
 typedef struct {
-    uint32_t ulTopic;
-    uint32_t ulEvent;
-    uint32_t ulA;
-    uint32_t ulB;
-    uint32_t ulC;
-    uint32_t ulKeySize;
-    uint32_t ulDataSize;
-    const void *pKey;  /* copied */
-    const void *pData; /* copied */
+    uint32_t ulTopic;    /* MDL_TOPIC_* */
+    uint32_t ulEvent;    /* number of the event */
+    uint32_t ulA;        /* first argument */
+    uint32_t ulB;        /* second argument */
+    uint32_t ulC;        /* third argument, or the class */
+    uint32_t ulKeySize;  /* bytes at pKey */
+    uint32_t ulDataSize; /* bytes at pData */
+    const void *pKey;    /* copied */
+    const void *pData;   /* copied */
 } MDL_EVENT_S;
 
 /* Queues a notification: in a batch among those of its changes, without one at once, on behalf of the thread's user.
@@ -55,14 +56,15 @@ UVELHOST_API uint32_t MDL_Drain(uint32_t ulTimeoutMs);
 
 /* ---- who listens ---- */
 
+/* A registration for notifications, and what has become of it. */
 typedef struct {
-    uint32_t ulTopic;
+    uint32_t ulTopic;    /* MDL_TOPIC_* */
     uint32_t ulSelector; /* sub-type, class, group or kind that it is registered for; UVELHOST_NONE: all */
     uint32_t ulEvent;    /* event of a trunk class; otherwise UVELHOST_NONE */
-    uint32_t ulPriority;
-    uint32_t ulMid;
-    uint32_t ulMask;
-    uint64_t ulCalls;
+    uint32_t ulPriority; /* as it was registered; 0 where the topic has none */
+    uint32_t ulMid;      /* module that registered */
+    uint32_t ulMask;     /* as it was registered */
+    uint64_t ulCalls;    /* calls since then */
     uint64_t ulFailures; /* calls that did not answer 0 */
     char szName[32];     /* cut to fit */
 } MDL_LISTENER_S;
@@ -70,6 +72,7 @@ typedef struct {
 /* Writes the ulNumber-th registration, counted from 0 in the order of registration; fails behind the last. */
 UVELHOST_API uint32_t MDL_GetListener(uint32_t ulNumber, MDL_LISTENER_S *pstListener);
 
+/* Counters of all notifications. */
 typedef struct {
     uint64_t ulQueued;    /* notifications queued since start */
     uint64_t ulDelivered; /* of them delivered, also those that nobody listened to */
@@ -77,6 +80,7 @@ typedef struct {
     uint64_t ulFailures;  /* callbacks that did not answer 0 */
 } MDL_NOTICE_STATS_S;
 
+/* Copies the counters. Null is ignored. */
 UVELHOST_API void MDL_GetNoticeStats(MDL_NOTICE_STATS_S *pstStats);
 
 #endif

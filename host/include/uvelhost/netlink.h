@@ -38,12 +38,15 @@
 
 #include "types.h"
 
+/* Port types that the feeder gives. */
 #define NLF_PORT_TYPE_OTHER 0U
 #define NLF_PORT_TYPE_ETHERNET 1U
 #define NLF_PORT_TYPE_LOOPBACK 11U
 
+/* A running feeder. */
 typedef struct NLF_FEEDER NLF_FEEDER;
 
+/* What a feeder is started with; NLF_InitConfig fills it. */
 typedef struct {
     uint32_t ulFeeder;   /* number of this feeder in the model */
     uint32_t ulSlot;     /* slot of Ethernet devices, UVELHOST_NONE: none */
@@ -51,6 +54,7 @@ typedef struct {
     uint32_t ulCarryOut; /* 1: taking interfaces down and up, and routes to users, are carried out in the kernel */
 } NLF_CONFIG_S;
 
+/* Counters since the start of a feeder. */
 typedef struct {
     uint64_t ulMessages;    /* messages of the kernel that were read */
     uint64_t ulOverruns;    /* times that the kernel reported lost messages */

@@ -11,6 +11,7 @@
 
 #define QAL_MAX_QUEUES 256U /* queues are numbered from 1 to this */
 
+/* A queue and its counters since it was made. */
 typedef struct {
     char szName[16];        /* name given at creation, cut to 15 characters */
     uint32_t ulDepth;       /* elements it can hold */

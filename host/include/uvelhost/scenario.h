@@ -26,6 +26,7 @@
 
 #include "types.h"
 
+/* A loaded scenario. */
 typedef struct SCN_SCENARIO SCN_SCENARIO;
 
 #define SCN_STOPPED 2U /* result of a run that was stopped */

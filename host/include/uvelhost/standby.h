@@ -14,6 +14,7 @@
 
 #include "types.h"
 
+/* A socket buffer: bytes in one block. */
 typedef struct YSB_SMBUF YSB_SMBUF_S;
 
 /* ---- socket buffers ---- */

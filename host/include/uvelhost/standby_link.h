@@ -104,6 +104,7 @@ typedef struct {
     void (*pfProgress)(void *pContext);
 } YSB_LINK_CONFIG_S;
 
+/* The link as it is now. */
 typedef struct {
     uint32_t ulConnected;  /* 1: the peer is there */
     uint32_t ulActive;     /* 1: this device is the active one */
@@ -116,14 +117,14 @@ typedef struct {
 
 /* Since YSB_Link_Open. Messages are those given to the output operations, packets what they were cut into. */
 typedef struct {
-    uint64_t ulMessagesSent;
-    uint64_t ulPacketsSent; /* each once, however often it travelled */
-    uint64_t ulBytesSent;   /* headers and payload of these packets */
-    uint64_t ulPacketsReceived;
-    uint64_t ulBytesReceived;
-    uint64_t ulAcknowledged; /* packets and marks of batches that the peer has taken */
-    uint64_t ulResent;       /* the same, sent again after a reconnect */
-    uint64_t ulBytesHeld;    /* now kept for the peer */
+    uint64_t ulMessagesSent;    /* messages accepted by the output operations */
+    uint64_t ulPacketsSent;     /* each once, however often it travelled */
+    uint64_t ulBytesSent;       /* headers and payload of these packets */
+    uint64_t ulPacketsReceived; /* handed to pfReceive */
+    uint64_t ulBytesReceived;   /* headers and payload of these packets */
+    uint64_t ulAcknowledged;    /* packets and marks of batches that the peer has taken */
+    uint64_t ulResent;          /* the same, sent again after a reconnect */
+    uint64_t ulBytesHeld;       /* now kept for the peer */
 
     uint64_t ulRefusedNoPeer;    /* messages without a peer to send them to */
     uint64_t ulRefusedWindow;    /* messages for which there was no room */
@@ -131,18 +132,18 @@ typedef struct {
     uint64_t ulRefusedMalformed; /* messages whose length and header do not fit together */
     uint64_t ulRefusedMemory;    /* messages for which memory was short */
 
-    uint64_t ulConnects;       /* connections that came to work */
-    uint64_t ulDisconnects;    /* and ended */
-    uint64_t ulFailedConnects; /* attempts that did not reach a peer */
-    uint64_t ulTimeouts;       /* connections that ended because the peer was silent */
-    uint64_t ulViolations;     /* connections that ended because the peer broke the protocol */
-    uint64_t ulOverlong;       /* of these: packets or messages above the configured maximum */
-    uint64_t ulResumed;        /* own streams that went on where they were */
-    uint64_t ulNewStreams;     /* own streams that began anew */
-    uint64_t ulPeerStreams;    /* the peer's streams that began anew */
-    uint64_t ulBatches;        /* batch backups that the owner was asked for */
-    uint64_t ulBatchesDelivered;
-    uint64_t ulPeerBatches; /* batch backups of the peer that were complete */
+    uint64_t ulConnects;         /* connections that came to work */
+    uint64_t ulDisconnects;      /* and ended */
+    uint64_t ulFailedConnects;   /* attempts that did not reach a peer */
+    uint64_t ulTimeouts;         /* connections that ended because the peer was silent */
+    uint64_t ulViolations;       /* connections that ended because the peer broke the protocol */
+    uint64_t ulOverlong;         /* of these: packets or messages above the configured maximum */
+    uint64_t ulResumed;          /* own streams that went on where they were */
+    uint64_t ulNewStreams;       /* own streams that began anew */
+    uint64_t ulPeerStreams;      /* the peer's streams that began anew */
+    uint64_t ulBatches;          /* batch backups that the owner was asked for */
+    uint64_t ulBatchesDelivered; /* of these: the peer has everything */
+    uint64_t ulPeerBatches;      /* batch backups of the peer that were complete */
 
     uint64_t aulRefused[YSB_LINK_REFUSALS];   /* peers that were turned away, by reason */
     uint64_t aulRefusedBy[YSB_LINK_REFUSALS]; /* times that the peer turned this device away, by reason */

@@ -7,9 +7,10 @@
 
 #include "types.h"
 
+/* What a task runs; its return ends the task. */
 typedef void (*QAL_TASK_ENTRY)(void);
 
-#define QAL_TASK_ARGS 4U
+#define QAL_TASK_ARGS 4U /* words that a task is given */
 
 #define QAL_EVENT_ALL 0U /* wait until all bits of the mask are set */
 #define QAL_EVENT_ANY 1U /* wait until one of them is set */

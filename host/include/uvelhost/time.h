@@ -8,28 +8,31 @@
 
 #include "types.h"
 
+/* A date. */
 typedef struct {
     uint16_t usYear; /* full year */
     uint8_t ucMonth; /* 1 to 12 */
     uint8_t ucDay;   /* 1 to 31 */
 } QAL_DATE_S;
 
+/* A time of the day. */
 typedef struct {
-    uint8_t ucHour;
-    uint8_t ucMinute;
-    uint8_t ucSecond;
+    uint8_t ucHour;     /* 0 to 23 */
+    uint8_t ucMinute;   /* 0 to 59 */
+    uint8_t ucSecond;   /* 0 to 59 */
     uint8_t ucReserved; /* neither read nor written */
 } QAL_TIME_S;
 
+/* Date and time together. */
 typedef struct {
-    uint16_t usYear;
-    uint8_t ucMonth;
-    uint8_t ucDay;
-    uint8_t ucHour;
-    uint8_t ucMinute;
-    uint8_t ucSecond;
-    uint8_t ucWeekDay; /* 0 Sunday to 6 Saturday */
-    uint32_t ulMillisecond;
+    uint16_t usYear;        /* full year */
+    uint8_t ucMonth;        /* 1 to 12 */
+    uint8_t ucDay;          /* 1 to 31 */
+    uint8_t ucHour;         /* 0 to 23 */
+    uint8_t ucMinute;       /* 0 to 59 */
+    uint8_t ucSecond;       /* 0 to 59 */
+    uint8_t ucWeekDay;      /* 0 Sunday to 6 Saturday */
+    uint32_t ulMillisecond; /* 0 to 999 */
 } QAL_SYSTIME_S;
 
 /* Seconds since the board started, time asleep included, and the remainder. */

@@ -11,12 +11,14 @@
 
 #include <stdint.h>
 
+/* Names as in C, in both languages. */
 #ifdef __cplusplus
 #define UVELHOST_EXTERN_C extern "C"
 #else
 #define UVELHOST_EXTERN_C extern
 #endif
 
+/* A compiler that cannot be asked has no such attribute. */
 #ifndef __has_attribute
 #define __has_attribute(x) 0
 #endif
@@ -39,7 +41,7 @@
 #define UVELHOST_STATIC_ASSERT(condition, text) _Static_assert(condition, text)
 #endif
 
-#define UVELHOST_OK 0U
+#define UVELHOST_OK 0U                    /* done */
 #define UVELHOST_NONE 0xFFFFFFFFU         /* no such index, handle or identifier */
 #define UVELHOST_WAIT_FOREVER 0xFFFFFFFFU /* time limit of waiting operations */
 

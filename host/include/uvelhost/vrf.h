@@ -9,6 +9,7 @@
 
 #define VRF_NAME_SIZE 32U /* bytes that hold every VRF name, terminator included */
 
+/* Changes of virtual systems. */
 #define VRF_EVT_CREATED 1U
 #define VRF_EVT_DELETED 2U
 

@@ -25,12 +25,12 @@
 extern "C" {
 #endif
 
-#define UVELD_MODULE_VERSION 1U
+#define UVELD_MODULE_VERSION 1U /* of the records below; uveld refuses modules of another one */
 
 /* A setting of the module from uveld's configuration. */
 typedef struct {
-    const char *pszName;
-    const char *pszValue;
+    const char *pszName;  /* as in the configuration */
+    const char *pszValue; /* text, whatever it looks like */
 } UVELD_SETTING_S;
 
 /* Log levels. */
@@ -53,9 +53,9 @@ typedef struct {
 
 /* What uveld gives a module. Lives as long as the process; everything in it may be used from any thread. */
 typedef struct {
-    const char *pszRunDirectory;
+    const char *pszRunDirectory;        /* folder for sockets and files that end with the process */
     const UVELD_SETTING_S *pstSettings; /* in the order of the configuration */
-    uint32_t ulSettings;
+    uint32_t ulSettings;                /* their number */
     /* Value of a setting, or null. */
     const char *(*pfSetting)(const void *pModule, const char *pszName);
     /* A line for the service log. */
@@ -67,10 +67,11 @@ typedef struct {
     const void *pModule; /* first argument of the functions above */
 } UVELD_CONTEXT_S;
 
+/* What a module says of itself; lives as long as the process. */
 typedef struct {
-    uint32_t ulVersion; /* UVELD_MODULE_VERSION */
-    const char *pszName;
-    uint32_t ulMid; /* module id, for the registry and memory */
+    uint32_t ulVersion;  /* UVELD_MODULE_VERSION */
+    const char *pszName; /* by which people know it; no two modules share one */
+    uint32_t ulMid;      /* module id, for the registry and memory */
     /* 0, or anything else to keep uveld from starting; a reason belongs into the log. */
     uint32_t (*pfStart)(const UVELD_CONTEXT_S *pstContext);
     void (*pfRun)(void);  /* may be null */

@@ -10,7 +10,7 @@
 
 #include "kivo_hooks.h"
 
-#define BTRC_PUB_HOOK_COUNT 24U
+#define BTRC_PUB_HOOK_COUNT 24U /* slots of the table */
 
 /* Slots of the table. Those of one operation stand in the order MAC, IP, ID, CID; 20 to 23 are reserved. */
 enum {
@@ -24,6 +24,7 @@ enum {
     BTRC_PUB_GET_INFO_LEVEL = 19
 };
 
+/* The table, for the tracing component to write; all empty at load. */
 UVEL_DATA KIVO_HOOK g_stBtrcPubApiHook[BTRC_PUB_HOOK_COUNT];
 
 /* Whether tracing is on at all. */

@@ -20,8 +20,8 @@
 #define SRV_CHARSET_NOQUOTE 3U /* '!' to '~' without ' */
 #define SRV_CHARSET_NUM 4U
 
-#define SRV_CHARSET_ROW_SIZE 256U
-#define SRV_CHARSET_TABLE_SIZE 1024U
+#define SRV_CHARSET_ROW_SIZE 256U    /* bytes of a class's row: one for each byte value */
+#define SRV_CHARSET_TABLE_SIZE 1024U /* bytes of all rows */
 
 /* One row of 256 bytes for each class: not 0 where the class allows the byte. All 0 until the table is built. */
 UVEL_DATA uint8_t g_pstUVELSrvCharSet[SRV_CHARSET_TABLE_SIZE];

@@ -53,10 +53,10 @@ typedef void (*CHI_RSM_ERR_FUNC)(uint32_t ulBackType, uint32_t ulReason, uint32_
 
 /* A keyed store. */
 typedef struct {
-    uint32_t ulMid;
-    LITE_HASH_S *pstHash;
-    DLL_S stList; /* records in the order of arrival; its count is the number of messages */
-    CHI_RSM_ERR_FUNC pfError;
+    uint32_t ulMid;           /* module that memory is charged to */
+    LITE_HASH_S *pstHash;     /* records by their key */
+    DLL_S stList;             /* records in the order of arrival; its count is the number of messages */
+    CHI_RSM_ERR_FUNC pfError; /* hears of what went wrong; may be null */
 } CHI_RSM_CTL_S;
 
 /* The stores in use, one per back type; see CHI_CM_SetMsgRsmCtl. */

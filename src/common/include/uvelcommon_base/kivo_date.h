@@ -15,13 +15,14 @@
 /* Longest text that SRV_StringToDate reads, in characters. */
 #define SRV_DATE_TEXT_MAX 80U
 
+/* A date with its time and weekday. */
 typedef struct {
-    uint16_t usYear; /* full year */
-    uint8_t ucMonth; /* 1 to 12; 0: not recognised */
-    uint8_t ucDay;   /* this and the following: as written, not checked */
-    uint8_t ucHour;
-    uint8_t ucMinute;
-    uint8_t ucSecond;
+    uint16_t usYear;   /* full year */
+    uint8_t ucMonth;   /* 1 to 12; 0: not recognised */
+    uint8_t ucDay;     /* this and the following: as written, not checked */
+    uint8_t ucHour;    /* as written */
+    uint8_t ucMinute;  /* as written */
+    uint8_t ucSecond;  /* as written */
     uint8_t ucWeekDay; /* 0 Sunday to 6 Saturday */
 } SRV_DATE_S;
 

@@ -9,18 +9,18 @@
 
 /* What the change notices below carry; its meaning is settled between the product layers. */
 typedef struct {
-    uint8_t ucField1;
-    uint32_t ulField2;
-    uint8_t ucField3;
-    uint32_t ulField4;
-    void *pField5;
-    uint32_t ulField6;
-    uint8_t ucField7;
-    void *pField8;
-    uint32_t ulField9;
-    void *pField10;
-    uint32_t ulField11;
-    uint32_t ulField12;
+    uint8_t ucField1;   /* argument 1 */
+    uint32_t ulField2;  /* argument 2 */
+    uint8_t ucField3;   /* argument 3 */
+    uint32_t ulField4;  /* argument 4 */
+    void *pField5;      /* argument 5 */
+    uint32_t ulField6;  /* argument 6 */
+    uint8_t ucField7;   /* argument 7 */
+    void *pField8;      /* argument 8 */
+    uint32_t ulField9;  /* argument 9 */
+    void *pField10;     /* argument 10 */
+    uint32_t ulField11; /* argument 11 */
+    uint32_t ulField12; /* argument 12 */
 } KIVO_NOTIFY_S;
 
 /* Hook of KIVO_NotifyWlanAttrChange: the twelve fields in order. */

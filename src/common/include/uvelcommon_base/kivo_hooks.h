@@ -23,7 +23,7 @@
 
 #include "kivo_types.h"
 
-#define KIVO_HOOK_COUNT 95U
+#define KIVO_HOOK_COUNT 95U /* slots of the table, numbered from 0 */
 
 /* A function of any type; cast to and from the type that the forwarder names. */
 typedef void (*KIVO_HOOK)(void);

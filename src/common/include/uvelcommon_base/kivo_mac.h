@@ -14,7 +14,7 @@
 
 #include "kivo_types.h"
 
-#define SRV_MAC_SIZE 6U
+#define SRV_MAC_SIZE 6U /* bytes of a MAC address */
 
 /* Room that the buffers of SRV_MacAddrToStr, QAL_LongMacToString and SRV_MacAddrToStrPswWithType must have. */
 #define SRV_MAC_GROUP_TEXT_ROOM 15U

@@ -47,9 +47,9 @@ typedef struct {
 
 /* One condition of a search: ulLen bytes at ulOffset of the element equal those at pValue. */
 typedef struct {
-    uint32_t ulOffset;
-    const void *pValue;
-    uint32_t ulLen;
+    uint32_t ulOffset;  /* bytes from the start of the element */
+    const void *pValue; /* what stands there */
+    uint32_t ulLen;     /* its bytes */
 } SRVOT_COND_S;
 
 /* A new, empty table of at most ulSpec elements of ulElmtSize bytes, cursor before the first; null when memory is

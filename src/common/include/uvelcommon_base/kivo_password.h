@@ -19,9 +19,10 @@
 
 #include "kivo_types.h"
 
-#define SRV_CRYPT_BLOCK_SIZE 32U
-#define SRV_CRYPT_RESULT_SIZE 32U
+#define SRV_CRYPT_BLOCK_SIZE 32U  /* bytes of aucBlock */
+#define SRV_CRYPT_RESULT_SIZE 32U /* bytes of aucResult */
 
+/* A password in both forms, and where they are to be written. All of it is the caller's. */
 typedef struct SRV_CRYPT_PASSWORD_S {
     const char *pszInput;                     /* clear text or cipher text */
     uint32_t ulInputLen;                      /* its characters */

@@ -31,19 +31,19 @@
  * 64-bit values that the sort only moves; what does not point to a record may be cast. */
 typedef int32_t (*SRVQS_CMP_FUNC)(const void *pA, const void *pB);
 
-#define SRVQS_STACK_SIZE 100U
+#define SRVQS_STACK_SIZE 100U /* ranges that may wait */
 
 /* A range that waits to be sorted, both ends included. An empty one has ulHigh + 1 == ulLow. */
 typedef struct {
-    uint32_t ulLow;
-    uint32_t ulHigh;
+    uint32_t ulLow;  /* index of the first entry */
+    uint32_t ulHigh; /* index of the last entry */
 } SRVQS_RANGE_S;
 
 /* The pending ranges of a sort. The larger part of a split range is always the one that waits, so there are never more
  * than log2 of the entry count, plus one. */
 typedef struct {
-    SRVQS_RANGE_S astRanges[SRVQS_STACK_SIZE];
-    int32_t lTop; /* index of the topmost range, -1 when none waits */
+    SRVQS_RANGE_S astRanges[SRVQS_STACK_SIZE]; /* those up to lTop wait */
+    int32_t lTop;                              /* index of the topmost range, -1 when none waits */
 } SRVQS_STACK_S;
 
 /* Pointers to private copies of records. */

@@ -33,25 +33,28 @@
 #define KIVO_PDT_MACRO_NUM 2048U
 #define SRVCOMMON_SPEC_NUM 8U
 
-#define KIVO_TASK_PRIORITY_DEFAULT 85U
+#define KIVO_TASK_PRIORITY_DEFAULT 85U /* priority of a task of which none was set */
 
 /* Capacity of an interface template whose owner names none. */
 #define KIVO_IF_TEMPLET_DEFAULT_CAPACITY 64U
 
+/* A command template of the product. */
 typedef struct {
     void *pTemplet;        /* the product's own, not looked at */
     uint32_t ulIfTypeFlag; /* interface types for which the command exists */
 } KIVO_CLI_TEMPLET_S;
 
+/* One interface type of a template and its name. */
 typedef struct {
-    uint32_t ulIfType;
-    char *pszName; /* block of the memory service, owned by the entry */
+    uint32_t ulIfType; /* the host's number of the type */
+    char *pszName;     /* block of the memory service, owned by the entry */
 } KIVO_IF_TEMPLET_ENTRY_S;
 
+/* An interface template: names of interface types. The structure is the caller's, its entries the library's. */
 typedef struct {
-    KIVO_IF_TEMPLET_ENTRY_S *pstEntries;
-    uint32_t ulCapacity; /* set by the caller before KIVO_InitIfTemplet */
-    uint32_t ulCount;    /* entries in use, from the first */
+    KIVO_IF_TEMPLET_ENTRY_S *pstEntries; /* block of the memory service with room for ulCapacity entries */
+    uint32_t ulCapacity;                 /* set by the caller before KIVO_InitIfTemplet */
+    uint32_t ulCount;                    /* entries in use, from the first */
 } KIVO_IF_TEMPLET_S;
 
 /* The tables. Product code may read and walk them; writing goes through the setters. */

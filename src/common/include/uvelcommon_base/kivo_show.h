@@ -23,10 +23,11 @@
 /* Prints what a module has to show; 0 when it could. */
 typedef uint32_t (*UVEL_SHOW_FUNC)(void);
 
+/* A registered function. */
 typedef struct {
-    DLL_NODE_S stNode;
-    uint32_t ulMid;
-    UVEL_SHOW_FUNC pfShow;
+    DLL_NODE_S stNode;     /* first: a pointer to it is one to the record */
+    uint32_t ulMid;        /* module that it is registered under */
+    UVEL_SHOW_FUNC pfShow; /* never null */
 } UVEL_SHOW_NODE_S;
 
 /* The lists, of UVEL_SHOW_NODE_S. */

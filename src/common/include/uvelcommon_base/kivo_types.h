@@ -6,12 +6,14 @@
 
 #include <stdint.h>
 
+/* Names as in C, in both languages. */
 #ifdef __cplusplus
 #define UVEL_EXTERN_C extern "C"
 #else
 #define UVEL_EXTERN_C extern
 #endif
 
+/* A compiler that cannot be asked has no such attribute. */
 #ifndef __has_attribute
 #define __has_attribute(x) 0
 #endif

@@ -18,8 +18,8 @@
 
 #include <uvelcommon_base/kivo_types.h>
 
-#define KIVO_NO_VLAN 65535U
-#define KIVO_VLAN_BITMAP_WORDS 128U
+#define KIVO_NO_VLAN 65535U         /* stands for no VLAN */
+#define KIVO_VLAN_BITMAP_WORDS 128U /* of a VLAN bitmap: VLAN v is bit (v mod 32) of word v / 32 */
 
 /* ---- VLANs and interfaces ---- */
 

@@ -25,10 +25,11 @@
 
 /* A host task and the virtual system that it works for. */
 typedef struct {
-    char szTask[32]; /* terminated, the rest zero; some names end with a blank */
-    uint32_t ulVsysId;
+    char szTask[32];   /* terminated, the rest zero; some names end with a blank */
+    uint32_t ulVsysId; /* 0: the device as a whole */
 } KIVO_TASK_VSYS_S;
 
+/* The tasks that every platform has. */
 UVEL_DATA KIVO_TASK_VSYS_S g_stTaskVsysidMap[KIVO_TASK_VSYS_NUM];
 
 /* All zero at load. */

@@ -39,17 +39,17 @@
 
 /* What the queues hold. */
 typedef struct {
-    uint64_t ullMsgType;
-    void *pMsg;
+    uint64_t ullMsgType;  /* UVEL_EVENT_MSG_* */
+    void *pMsg;           /* the message, which belongs to whoever has read the element */
     uint64_t ullLength;   /* bytes of the message */
     uint64_t ullReserved; /* 0; its low half is handed to the database hook */
 } UVEL_EVENT_ELEMENT_S;
 
 /* Body of an event message; the event's data follows. */
 typedef struct {
-    uint32_t ulEventId;
-    uint32_t ulSubEventId;
-    uint32_t ulReserved; /* 0 */
+    uint32_t ulEventId;    /* 0 to 1999 */
+    uint32_t ulSubEventId; /* value that sub-keys are compared with */
+    uint32_t ulReserved;   /* 0 */
 } UVEL_EVENT_HEADER_S;
 
 /* Specifications. */
@@ -62,6 +62,7 @@ typedef struct {
  * from then on; a call comes with (message, 0xFFFFFFFF, context, reply) and is the caller's. */
 typedef uint32_t (*UVEL_EVENT_DBM_HOOK)(void *pMsg, uint32_t ulKind, void *pContext, void **ppReply);
 
+/* What the task asks its product for; members may be null. */
 typedef struct {
     uint32_t (*pfIfMainProcess)(void);    /* 1: this process registers no component of its own */
     uint32_t (*pfInitDeadloopMon)(void);  /* sets up the watch over endless loops */
@@ -89,14 +90,14 @@ UVEL_API uint32_t UVEL_EVENT_Hook_Dbm_ProcEntry(void *pMsg, uint32_t ulKind, voi
 
 /* ---- settings ---- */
 
-UVEL_DATA uint32_t g_eventSpecs[3];
+UVEL_DATA uint32_t g_eventSpecs[3];        /* by UVEL_EVENT_SPEC_* */
 UVEL_DATA SYS_APP_INFO_S g_eventdpAppInfo; /* what UVEL_EVENT_Api_RegApp publishes */
 UVEL_DATA uint32_t g_eventSelfPubModuleID; /* own module id, from the record when the task starts */
-UVEL_DATA uint32_t g_eventIoPubModuleID;
-UVEL_DATA uint32_t g_eventSelfPubIpcTID; /* channel of the event task */
-UVEL_DATA uint32_t g_eventTaskID;        /* the event task, from the record when it starts */
-UVEL_DATA uint32_t g_eventQueID;         /* the queue "EVNT" */
-UVEL_DATA uint32_t g_eventRpcQueID;      /* the queue that UVEL_EVENT_QueReadWithEvent prefers; the product's */
+UVEL_DATA uint32_t g_eventIoPubModuleID;   /* module id of the I/O process */
+UVEL_DATA uint32_t g_eventSelfPubIpcTID;   /* channel of the event task */
+UVEL_DATA uint32_t g_eventTaskID;          /* the event task, from the record when it starts */
+UVEL_DATA uint32_t g_eventQueID;           /* the queue "EVNT" */
+UVEL_DATA uint32_t g_eventRpcQueID;        /* the queue that UVEL_EVENT_QueReadWithEvent prefers; the product's */
 
 /* Sets the own module id (in the application record), the module id of the I/O process and the task's channel. */
 UVEL_API void UVEL_EVENT_Api_SetGlobalVariable(uint32_t ulSelfMid, uint32_t ulIoMid, uint32_t ulSelfChannel);

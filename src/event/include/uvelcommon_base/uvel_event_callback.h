@@ -37,21 +37,21 @@ typedef uint32_t (*UVEL_EVENT_CALLBACK)(uint32_t ulValue, void *pData);
 
 /* One registration. For looking at. */
 typedef struct {
-    DLL_NODE_S stNode;
-    uint32_t ulMid;
-    uint32_t ulSubKey;           /* the value it hears of, UVEL_EVENT_ANY_VALUE for all */
-    uint8_t ucPriority;          /* higher runs first */
-    uint8_t ucContinueOnFailure; /* not 0: its failure does not end the walk */
-    uint8_t ucAlsoOnStandby;     /* not 0: runs also when this board is not the master */
-    uint8_t ucUnregistered;      /* not 0: marked, not called */
-    UVEL_EVENT_CALLBACK pfCallback;
-    uint32_t ulCalls;
-    uint32_t ulFailures;
-    uint32_t ulStartSeconds; /* start of the latest call, since the board's start */
-    uint64_t ulStartMs;      /* its milliseconds, 0 to 999 */
-    uint64_t ulTotalMs;      /* time spent in the callback, all calls together */
-    uint32_t ulLastResult;   /* of the latest call that returned */
-    uint32_t ulWorstMs;      /* the longest call */
+    DLL_NODE_S stNode;              /* first: a pointer to it is one to the record */
+    uint32_t ulMid;                 /* module that registered it */
+    uint32_t ulSubKey;              /* the value it hears of, UVEL_EVENT_ANY_VALUE for all */
+    uint8_t ucPriority;             /* higher runs first */
+    uint8_t ucContinueOnFailure;    /* not 0: its failure does not end the walk */
+    uint8_t ucAlsoOnStandby;        /* not 0: runs also when this board is not the master */
+    uint8_t ucUnregistered;         /* not 0: marked, not called */
+    UVEL_EVENT_CALLBACK pfCallback; /* never null */
+    uint32_t ulCalls;               /* begun, since it was registered */
+    uint32_t ulFailures;            /* results other than 0 */
+    uint32_t ulStartSeconds;        /* start of the latest call, since the board's start */
+    uint64_t ulStartMs;             /* its milliseconds, 0 to 999 */
+    uint64_t ulTotalMs;             /* time spent in the callback, all calls together */
+    uint32_t ulLastResult;          /* of the latest call that returned */
+    uint32_t ulWorstMs;             /* the longest call */
 } UVEL_EVENT_NODE_S;
 
 /* The registry: UVEL_EVENT_COUNT lists of UVEL_EVENT_NODE_S. Null until the first registration. */

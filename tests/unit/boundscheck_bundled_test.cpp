@@ -91,6 +91,8 @@ TEST(BoundscheckBundled, WidthsAndPrecisionsCostNoMoreThanTheRoom) {
     for (int i = 0; i < 1000; ++i) {
         ASSERT_EQ(7, PRINT_TRUNCATED(line, sizeof(line), "%2147483647d", 1));
         ASSERT_STREQ("       ", line);
+        ASSERT_EQ(7, PRINT_TRUNCATED(line, sizeof(line), "%2147483650d", 1));
+        ASSERT_STREQ("       ", line);
         ASSERT_EQ(7, PRINT_TRUNCATED(line, sizeof(line), "%4294967297d", 1));
         ASSERT_STREQ("       ", line);
         ASSERT_EQ(7, PRINT_TRUNCATED(line, sizeof(line), "%-99999999999s", "a"));

@@ -4,7 +4,9 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 #include <unordered_map>
+#include <yaml-cpp/eventhandler.h>
 
 namespace uvel::yaml {
 
@@ -159,15 +161,62 @@ Node Fields::Required(std::string_view key) const {
     return *value;
 }
 
+namespace {
+
+/* The places where documents begin. */
+class Beginnings : public YAML::EventHandler {
+  public:
+    std::vector<YAML::Mark> places;
+
+    void OnDocumentStart(const YAML::Mark &) override { at_beginning_ = true; }
+    void OnDocumentEnd() override {}
+    void OnNull(const YAML::Mark &mark, YAML::anchor_t) override { Note(mark); }
+    void OnAlias(const YAML::Mark &mark, YAML::anchor_t) override { Note(mark); }
+    void OnScalar(const YAML::Mark &mark, const std::string &, YAML::anchor_t, const std::string &) override {
+        Note(mark);
+    }
+    void OnSequenceStart(const YAML::Mark &mark, const std::string &, YAML::anchor_t,
+                         YAML::EmitterStyle::value) override {
+        Note(mark);
+    }
+    void OnSequenceEnd() override {}
+    void OnMapStart(const YAML::Mark &mark, const std::string &, YAML::anchor_t, YAML::EmitterStyle::value) override {
+        Note(mark);
+    }
+    void OnMapEnd() override {}
+
+  private:
+    void Note(const YAML::Mark &mark) {
+        if (at_beginning_)
+            places.push_back(mark);
+        at_beginning_ = false;
+    }
+
+    bool at_beginning_ = false;
+};
+
+/* Of the first two documents, so that texts of several can be told. YAML::LoadAll must not be asked: behind a stray comma
+ * it finds documents without end. */
+std::vector<YAML::Mark> FirstTwo(const std::string &text) {
+    std::istringstream stream(text);
+    YAML::Parser parser(stream);
+    Beginnings beginnings;
+    while (beginnings.places.size() < 2 && parser.HandleNextDocument(beginnings)) {
+    }
+    return beginnings.places;
+}
+
+} // namespace
+
 Node LoadText(const std::string &text, const std::string &name) {
     auto file = std::make_shared<const std::string>(name);
     try {
-        const std::vector<YAML::Node> documents = YAML::LoadAll(text);
+        const std::vector<YAML::Mark> documents = FirstTwo(text);
         if (documents.empty())
             return Node(YAML::Node(), std::move(file));
         if (documents.size() > 1)
-            throw WrongDocument(PlaceIn(name, documents[1].Mark()) + ": expected one document, found another");
-        return Node(documents[0], std::move(file));
+            throw WrongDocument(PlaceIn(name, documents[1]) + ": expected one document, found another");
+        return Node(YAML::Load(text), std::move(file));
     } catch (const YAML::Exception &error) {
         throw WrongDocument(PlaceIn(name, error.mark) + ": " + error.msg);
     }

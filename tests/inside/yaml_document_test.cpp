@@ -121,6 +121,11 @@ TEST(YamlDocument, ThatIsNoYamlIsRefusedWithItsPlace) {
     EXPECT_NE("accepted", ComplaintOf([] { LoadText(std::string(100'000, '['), "t.yaml"); }));
 }
 
+TEST(YamlDocument, WithAStrayCommaBehindItIsRefused) {
+    EXPECT_EQ("t.yaml:3:1: expected one document, found another",
+              ComplaintOf([] { LoadText("x\n#\n, a\n", "t.yaml"); }));
+}
+
 TEST(YamlFile, ThatCannotBeReadSaysWhy) {
     EXPECT_EQ("/no/such/file.yaml: No such file or directory", ComplaintOf([] { LoadFile("/no/such/file.yaml"); }));
     EXPECT_NE("accepted", ComplaintOf([] { LoadFile("/"); }));

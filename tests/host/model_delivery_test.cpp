@@ -278,7 +278,7 @@ TEST_F(HostDelivery, WrongNotificationsAreNotRaised) {
         event.ulTopic = topic;
         EXPECT_NE(0u, MDL_Raise(nullptr, &event)) << topic;
     }
-    for (uint32_t number : {0u, 16u, 600u}) {
+    for (uint32_t number : {0u, 32u, 600u}) {
         const MDL_EVENT_S event = L2Event(number);
         EXPECT_NE(0u, MDL_Raise(nullptr, &event)) << number;
     }

@@ -106,8 +106,8 @@ class Service:
         status = pathlib.Path(f"/proc/{self.process.pid}/status").read_text()
         return int(next(line.split()[1] for line in status.splitlines() if line.startswith("VmRSS:")))
 
-    def uvelctl(self, *arguments, **keywords):
-        return subprocess.run([self.build / "bin" / "uvelctl", "-r", self.folder / "run", *map(str, arguments)],
+    def uvelctl(self, *arguments, program=None, **keywords):
+        return subprocess.run([program or self.build / "bin" / "uvelctl", "-r", self.folder / "run", *map(str, arguments)],
                               stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, check=False, **keywords)
 
     def rows(self, *view):

@@ -17,6 +17,18 @@ static uint8_t g_ucBridgeMacReady;
 
 static_assert(sizeof(g_szSysName) > KIVO_SYS_NAME_SIZE);
 
+/* The database's task writes the copies while anybody reads them. A reader may meet a value that is half the old and half
+ * the new one, which changes rarely enough to be accepted; single bytes are never torn. */
+static void Publish(void *pCopy, const void *pValue, size_t ulSize) {
+    for (size_t i = 0; i < ulSize; ++i)
+        __atomic_store_n(static_cast<uint8_t *>(pCopy) + i, static_cast<const uint8_t *>(pValue)[i], __ATOMIC_RELAXED);
+}
+
+static void Look(void *pValue, const void *pCopy, size_t ulSize) {
+    for (size_t i = 0; i < ulSize; ++i)
+        static_cast<uint8_t *>(pValue)[i] = __atomic_load_n(static_cast<const uint8_t *>(pCopy) + i, __ATOMIC_RELAXED);
+}
+
 static bool IsKey(const DB_KV_S *pstKv, const char *pszKey) {
     return pstKv->ulValueLength != 0 && pstKv->pszKey != nullptr && strcmp(pstKv->pszKey, pszKey) == 0;
 }
@@ -27,7 +39,7 @@ static errno_t TakeValue(void *pCopy, uint32_t ulSize, const DB_KV_S *pstKv) {
     uint8_t aucValue[KIVO_SYS_NAME_SIZE];
     const errno_t ret = memcpy_s(aucValue, ulSize, pstKv->pValue, pstKv->ulValueLength);
     if (ret == EOK)
-        memcpy(pCopy, aucValue, pstKv->ulValueLength);
+        Publish(pCopy, aucValue, pstKv->ulValueLength);
     return ret;
 }
 
@@ -40,7 +52,7 @@ void KIVO_SysNameCallback(const DB_KV_S *pstKv) {
         return;
     }
     /* Values come without a terminator; without one here the end of a longer name would stay behind a shorter one. */
-    g_szSysName[pstKv->ulValueLength] = '\0';
+    Publish(g_szSysName + pstKv->ulValueLength, "", 1);
 }
 
 void KIVO_SysMacCallback(const DB_KV_S *pstKv) {
@@ -66,11 +78,15 @@ static uint32_t NameRoom(uint32_t ulSize) {
 }
 
 uint32_t KIVO_Adapt_Gethostname(char *szBuffer, uint32_t ulSize) {
-    if (g_szSysName[0] == '\0') {
+    char szSysName[sizeof(g_szSysName)];
+    Look(szSysName, g_szSysName, sizeof(szSysName));
+    if (szSysName[0] == '\0') {
         uVEL_Adapt_SubPubEvent();
-        (void)DEV_GetSystemName(g_szSysName, KIVO_SYS_NAME_SIZE);
+        Look(szSysName, g_szSysName, sizeof(szSysName));
+        if (DEV_GetSystemName(szSysName, KIVO_SYS_NAME_SIZE) == UVELHOST_OK)
+            Publish(g_szSysName, szSysName, sizeof(szSysName));
     }
-    const errno_t ret = strncpy_s(szBuffer, ulSize, g_szSysName, NameRoom(ulSize));
+    const errno_t ret = strncpy_s(szBuffer, ulSize, szSysName, NameRoom(ulSize));
     if (ret != EOK)
         NAC_Utils_PvtLog(0, "KIVO_Adapt_Gethostname strncpy fail, ret:%u \n", static_cast<uint32_t>(ret));
     if (szBuffer != nullptr && ulSize != 0)
@@ -81,12 +97,15 @@ uint32_t KIVO_Adapt_Gethostname(char *szBuffer, uint32_t ulSize) {
 uint32_t EAPADP_GetBridgeMac(uint8_t aucMac[6]) {
     if (aucMac == nullptr)
         return KIVO_FAIL;
-    if (g_ucBridgeMacReady == 0) {
+    if (__atomic_load_n(&g_ucBridgeMacReady, __ATOMIC_RELAXED) == 0) {
         uVEL_Adapt_SubPubEvent();
-        (void)DEVM_DB_GetSysMac(g_aucSysMac);
-        g_ucBridgeMacReady = 1;
+        uint8_t aucSysMac[MAC_SIZE];
+        Look(aucSysMac, g_aucSysMac, sizeof(aucSysMac));
+        if (DEVM_DB_GetSysMac(aucSysMac) == UVELHOST_OK)
+            Publish(g_aucSysMac, aucSysMac, sizeof(aucSysMac));
+        __atomic_store_n(&g_ucBridgeMacReady, 1, __ATOMIC_RELAXED);
     }
-    memcpy(aucMac, g_aucSysMac, sizeof(g_aucSysMac));
+    Look(aucMac, g_aucSysMac, sizeof(g_aucSysMac));
     return KIVO_OK;
 }
 

@@ -175,12 +175,15 @@ void SendEvents(Transcript &log) {
 }
 
 void AnswerCalls(Transcript &log) {
-    DBI_MSG_HEAD_S message = {DBI_MAGIC, DBI_VERSION, sizeof message, 0};
+    const DBI_MSG_HEAD_S head = {DBI_MAGIC, DBI_VERSION, sizeof head, 0};
+    void *message = kit::Op<IPC_AllocMsg_X>().Real(MODULE, sizeof head);
+    std::memcpy(message, &head, sizeof head);
     uint32_t context = 0;
     void *reply = nullptr;
-    log.Ask(UVEL_EVENT_RpcCallback, 1, &message, sizeof message, &context, &reply);
-    const UVEL_EVENT_ELEMENT_S element = {UVEL_EVENT_MSG_DATABASE, &message, sizeof message, 0};
+    log.Ask(UVEL_EVENT_RpcCallback, 1, message, sizeof head, &context, &reply);
+    const UVEL_EVENT_ELEMENT_S element = {UVEL_EVENT_MSG_DATABASE, message, sizeof head, 0};
     UVEL_EVENT_ProcessMsg(&element);
+    kit::Op<IPC_FreeMsg>().Real(message);
 }
 
 uint32_t Zero() {

@@ -5,9 +5,8 @@ target_compile_options(uvel_build_options INTERFACE
     -Wall -Wextra -Wshadow -Wconversion $<$<BOOL:${UVEL_WARNINGS_END_BUILD}>:-Werror> -fno-semantic-interposition)
 # gcc 12 sees overlapping copies in std::string's operator+ where there are none (its bug 105651)
 target_compile_options(uvel_build_options INTERFACE $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wno-restrict>)
-# A backtrace needs lines and functions; types of the standard library would be a good part of the build. A debug build
-# without sanitizers is for debuggers and has them.
-if(CMAKE_BUILD_TYPE STREQUAL "RelWithDebInfo" OR UVEL_SANITIZE)
+# A sanitizer's report needs lines and functions; types would be a good part of the build.
+if(UVEL_SANITIZE)
     target_compile_options(uvel_build_options INTERFACE -g1)
 endif()
 target_link_options(uvel_build_options INTERFACE -Wl,-z,defs -Wl,-z,relro -Wl,-z,now)

@@ -16,6 +16,8 @@
 #include <uvelhost/confdb_writer.h>
 #include <vector>
 
+#include "quiet_fork.h"
+
 namespace confdb_test {
 
 using namespace std::chrono_literals;
@@ -52,7 +54,7 @@ class Child {
     Child() = default;
     explicit Child(const std::function<void()> &body) {
         const pid_t parent = getpid();
-        pid_ = fork();
+        pid_ = kit::QuietFork();
         if (pid_ != 0)
             return;
         prctl(PR_SET_PDEATHSIG, SIGKILL);

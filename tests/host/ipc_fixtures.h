@@ -19,6 +19,7 @@
 #include <vector>
 
 #include "memory_account.h"
+#include "quiet_fork.h"
 
 constexpr uint32_t MID = 0x00420000;
 
@@ -44,7 +45,7 @@ class Process {
         if (pipe(up) != 0 || pipe(down) != 0)
             std::abort();
         std::fflush(nullptr);
-        pid_ = fork();
+        pid_ = kit::QuietFork();
         if (pid_ == 0) {
             close(up[0]);
             close(down[1]);

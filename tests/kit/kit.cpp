@@ -1,6 +1,7 @@
 #include "kit.h"
 
 #include "allocation_fault.h"
+#include "quiet_fork.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -177,7 +178,7 @@ uint64_t LiveBlocksOfAllAccounts() {
 
 int StatusOfFreshProcess(const std::function<void()> &body) {
     std::fflush(nullptr);
-    const pid_t child = fork();
+    const pid_t child = QuietFork();
     if (child == 0) {
         body();
         JudgeLeftovers();

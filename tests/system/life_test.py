@@ -107,7 +107,7 @@ standby: {{listen: "127.0.0.1:{listen}", peer: "192.0.2.77:4711", certificate: .
 
 class DatabaseOutage(Case):
     def name_becomes(self, service, name):
-        wait_until(lambda: service.view("device")["name"] == name, what=lambda: str(service.view("device")))
+        wait_until(lambda: service.view("device")["name"] == name, what=lambda: f"{service.view('device')}\n{service.log()}")
 
     def state(self, service):
         return service.rows("database")[0]

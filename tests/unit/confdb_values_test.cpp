@@ -120,6 +120,16 @@ TEST_F(ConfdbValues, ANameThatIsNotKnownOpensTheConnectionAndIsAskedForDirectly)
     EXPECT_EQ(1u, kit::Op<DEV_GetSystemName>().Calls()) << "once it is known it is not asked for again";
 }
 
+TEST_F(ConfdbValues, ANameThatComesWhileTheHostIsAskedIsTheNewerOne) {
+    kit::Op<DEV_GetSystemName>().Does([](char *name, uint32_t) {
+        Name("told meanwhile");
+        std::strcpy(name, "direct");
+        return 0U;
+    });
+    EXPECT_EQ("told meanwhile", HostName());
+    EXPECT_EQ("told meanwhile", HostName());
+}
+
 TEST_F(ConfdbValues, ANameThatNobodyKnowsIsAskedForEveryTime) {
     EXPECT_EQ("", HostName());
     EXPECT_EQ("", HostName());
@@ -186,6 +196,23 @@ TEST_F(ConfdbValues, AMacThatCannotBeReadIsNotReadAgain) {
 TEST_F(ConfdbValues, TheMacOfTheDatabaseReplacesTheOneThatWasRead) {
     BridgeMac();
     Global("system_mac", "\x02\x01\x02\x03\x04\x05");
+    EXPECT_EQ((Mac{2, 1, 2, 3, 4, 5}), BridgeMac());
+}
+
+TEST_F(ConfdbValues, TheMacThatIsReadReplacesAnOlderOneOfTheDatabaseButNotOneThatComesMeanwhile) {
+    kit::InFreshProcess([] {
+        Global("system_mac", "\x02\x01\x02\x03\x04\x05");
+        kit::Op<DEVM_DB_GetSysMac>().Does([](uint8_t mac[6]) {
+            std::memcpy(mac, "\x02\x0A\x0A\x0A\x0A\x0A", 6);
+            return 0U;
+        });
+        EXPECT_EQ((Mac{2, 10, 10, 10, 10, 10}), BridgeMac());
+    });
+    kit::Op<DEVM_DB_GetSysMac>().Does([](uint8_t mac[6]) {
+        Global("system_mac", "\x02\x01\x02\x03\x04\x05");
+        std::memcpy(mac, "\x02\x0A\x0A\x0A\x0A\x0A", 6);
+        return 0U;
+    });
     EXPECT_EQ((Mac{2, 1, 2, 3, 4, 5}), BridgeMac());
 }
 

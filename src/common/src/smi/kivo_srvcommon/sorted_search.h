@@ -106,8 +106,9 @@ INDEXED_ITEMS_S(ITEM_AT) -> INDEXED_ITEMS_S<ITEM_AT>;
  * a match ends the search, else hi = mid or lo = mid, and the search is over when mid stays the same. The interval is
  * kept as mid and its length: mid is lo + length / 2, and the length becomes length / 2 below mid and (length + 1) / 2
  * above it. So both possible next places are known while the comparison still runs, though they stand behind its call:
- * the processor looks that far ahead, and nothing must be kept over the call. Every place is one of the array whatever
- * the comparison answers.
+ * the processor looks that far ahead, and nothing must be kept over the call. The length stands there as it was before
+ * it was halved, since the next steps are had from that a moment sooner: (length + 1) / 4 above mid, (length + 2) / 4
+ * below it. Every place is one of the array whatever the comparison answers.
  *
  * Select takes the place above for a negative order (the item sorts before the key), else the one below. A predictor
  * guesses this wrong every other time, which costs more than all the rest of a probe. Compilers turn the plain
@@ -118,13 +119,13 @@ INDEXED_ITEMS_S(ITEM_AT) -> INDEXED_ITEMS_S<ITEM_AT>;
 template <bool FETCH, typename ARRAY, typename COMPARE>
 [[gnu::always_inline]] static inline SEARCH_END_S SortedSearch(const ARRAY &array, uint32_t ulCount, COMPARE pfCompare,
                                                                const void *pKey) {
-    size_t ulLen = ulCount;
-    size_t ulShortest = ulCount; /* length of the shortest interval that there is after as many probes */
-    auto mid = array.At(ulLen / 2);
+    size_t ulTwice = size_t{ulCount} * 2; /* the length, twice, or one more */
+    size_t ulShortest = ulCount;          /* length of the shortest interval that there is after as many probes */
+    auto mid = array.At(ulCount / 2);
     while (true) {
         const int32_t lOrder = pfCompare(array.Item(mid), pKey);
-        const auto above = array.Above(mid, (ulLen + 1) / 4);
-        const auto below = array.Below(mid, (ulLen + 2) / 4);
+        const auto above = array.Above(mid, (ulTwice + 2) / 8);
+        const auto below = array.Below(mid, (ulTwice + 4) / 8);
         if constexpr (FETCH) {
             array.Fetch(mid, above, below, ulShortest);
             ulShortest /= 2;
@@ -134,7 +135,7 @@ template <bool FETCH, typename ARRAY, typename COMPARE>
         const auto next = array.Select(lOrder, above, below);
         if (array.IsSame(next, mid))
             return {array.Item(mid), array.Index(mid), false};
-        ulLen = (ulLen + (static_cast<uint32_t>(lOrder) >> 31)) / 2;
+        ulTwice = ulTwice / 2 + (static_cast<uint32_t>(lOrder) >> 31);
         mid = next;
     }
 }

@@ -54,7 +54,7 @@ class Child {
     Child() = default;
     explicit Child(const std::function<void()> &body) {
         const pid_t parent = getpid();
-        pid_ = kit::QuietFork();
+        pid_ = quiet_fork::QuietFork();
         if (pid_ != 0)
             return;
         prctl(PR_SET_PDEATHSIG, SIGKILL);

@@ -45,7 +45,7 @@ class Process {
         if (pipe(up) != 0 || pipe(down) != 0)
             std::abort();
         std::fflush(nullptr);
-        pid_ = kit::QuietFork();
+        pid_ = quiet_fork::QuietFork();
         if (pid_ == 0) {
             close(up[0]);
             close(down[1]);

@@ -1,7 +1,7 @@
 #include "kit.h"
 
+#include "../host/quiet_fork.h"
 #include "allocation_fault.h"
-#include "quiet_fork.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -178,7 +178,7 @@ uint64_t LiveBlocksOfAllAccounts() {
 
 int StatusOfFreshProcess(const std::function<void()> &body) {
     std::fflush(nullptr);
-    const pid_t child = QuietFork();
+    const pid_t child = quiet_fork::QuietFork();
     if (child == 0) {
         body();
         JudgeLeftovers();

@@ -1,6 +1,6 @@
 /* fork() for tests of processes that have threads. */
-#ifndef UVEL_TESTS_KIT_QUIET_FORK_H
-#define UVEL_TESTS_KIT_QUIET_FORK_H
+#ifndef UVEL_TESTS_HOST_QUIET_FORK_H
+#define UVEL_TESTS_HOST_QUIET_FORK_H
 
 #include <chrono>
 #include <dirent.h>
@@ -10,7 +10,7 @@
 #include <thread>
 #include <unistd.h>
 
-namespace kit {
+namespace quiet_fork {
 
 /* True when every other thread of this process waits for something. */
 inline bool OtherThreadsSleep() {
@@ -39,6 +39,6 @@ inline pid_t QuietFork() {
     return fork();
 }
 
-} // namespace kit
+} // namespace quiet_fork
 
 #endif

@@ -6,14 +6,18 @@ FrameReader::FrameReader(uint32_t max_message) : max_message_(max_message), buff
 
 void FrameReader::Reset() {
     begin_ = end_ = got_ = 0;
+    after_long_ = false;
     message_.reset();
 }
 
 std::span<uint8_t> FrameReader::Room() {
     if (message_ != nullptr)
         return {DataOf(message_.get()) + got_, head_.length - got_};
-    if (begin_ == end_)
+    if (begin_ == end_) {
         begin_ = end_ = 0;
+        if (after_long_)
+            return {buffer_.get(), FRAME_HEAD};
+    }
     if (BUFFER - end_ < LEAST_ROOM) {
         std::memmove(buffer_.get(), buffer_.get() + begin_, end_ - begin_);
         end_ -= begin_;
@@ -73,10 +77,12 @@ FrameReader::Result FrameReader::Take(Frame &frame) {
             return Result::MORE;
         frame.head = head_;
         frame.message = std::move(message_);
+        after_long_ = true;
         return Result::FRAME;
     }
     if (end_ - begin_ < FRAME_HEAD)
         return Result::MORE;
+    after_long_ = false;
     const uint8_t *at = buffer_.get() + begin_;
     if (at[6] != 0 || at[7] != 0)
         return Result::MALFORMED;

@@ -45,6 +45,7 @@ class FrameReader {
     FrameHead head_;
     Smbuf message_; /* one that is being received straight into its buffer */
     std::size_t got_ = 0;
+    bool after_long_ = false; /* the next one may be long too: its head is read alone, to see where the rest belongs */
 };
 
 } // namespace uvel::host::standby

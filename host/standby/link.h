@@ -105,8 +105,9 @@ class Link final : private EndpointOwner {
     std::vector<pollfd> polled_;
     uint64_t next_connect_ = 0;
     uint32_t pause_ms_ = 0;
-    bool read_more_ = false;
-    bool write_more_ = false;
+    bool knocked_ = false;    /* peers wait to be accepted */
+    bool read_more_ = false;  /* there is, or may be, something to read */
+    bool write_more_ = false; /* the turn of writing ended before all was written */
     uint64_t last_said_ = 0;
     uint32_t unsaid_ = 0;
 

@@ -178,12 +178,12 @@ void Link::WritePeer(uint64_t now) {
     bool good = true;
     write_more_ = true;
     for (int i = 0; good && write_more_ && i < WRITES_AT_ONCE; ++i) {
-        while (good && tls.Pending() < ENOUGH_TO_SEND) {
+        for (bool more = true; good && more && tls.Pending() < ENOUGH_TO_SEND;) {
             const std::span<const uint8_t> bytes = endpoint_.Output();
-            if (bytes.empty())
-                break;
-            good = tls.Write(bytes);
-            endpoint_.Written(now);
+            more = !bytes.empty();
+            good = more ? tls.Write(bytes) : tls.EndRecord();
+            if (more)
+                endpoint_.Written(now);
         }
         write_more_ = tls.Pending() != 0;
         const TlsChannel::Io flushed = good ? tls.Flush() : TlsChannel::Io::ENDED;
@@ -239,7 +239,8 @@ int Link::TimeoutOfWait(uint64_t now) const {
 void Link::Wait() {
     polled_.clear();
     polled_.push_back({wake_, POLLIN, 0});
-    if (listener_ >= 0 && pending_.size() < MAX_PENDING)
+    const bool listens = listener_ >= 0 && pending_.size() < MAX_PENDING;
+    if (listens)
         polled_.push_back({listener_, POLLIN, 0});
     const auto add = [&](const Connection &connection) {
         const bool connecting = connection.state == Connection::State::CONNECTING;
@@ -255,6 +256,9 @@ void Link::Wait() {
         uint64_t count;
         [[maybe_unused]] const ssize_t ignored = read(wake_, &count, sizeof count);
     }
+    knocked_ = listens && polled_[1].revents != 0;
+    if (current_ != nullptr && (polled_.back().revents & ~POLLOUT) != 0)
+        read_more_ = true;
 }
 
 void Link::Run() {
@@ -266,10 +270,10 @@ void Link::Run() {
         Wait();
         idle_.store(false);
         const uint64_t now = Now();
-        if (listener_ >= 0)
+        if (knocked_)
             AcceptPeers(now);
         AdvancePending(now);
-        if (current_ != nullptr)
+        if (current_ != nullptr && read_more_)
             ReadPeer(now);
         if (endpoint_.Tick(now) == Endpoint::Step::CLOSE && current_ != nullptr)
             Drop(now);

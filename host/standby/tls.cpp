@@ -5,12 +5,15 @@
 #include <openssl/err.h>
 #include <openssl/x509v3.h>
 #include <sys/socket.h>
+#include <sys/uio.h>
 
 namespace uvel::host::standby {
 
 namespace {
 
-constexpr std::size_t READ_AT_ONCE = 128 * 1024; /* bytes for one call; stays in the cache */
+constexpr std::size_t RECORD = SSL3_RT_MAX_PLAIN_LENGTH;
+constexpr std::size_t READ_AHEAD = 4096; /* bytes for one call, where a head is awaited */
+constexpr std::size_t LONG_BODY = 4096;  /* from here on a record's body is read into TLS's own buffer */
 constexpr char CIPHERS[] = "TLS_AES_128_GCM_SHA256:TLS_AES_256_GCM_SHA384:TLS_CHACHA20_POLY1305_SHA256";
 
 std::string ErrorText(unsigned long error) {
@@ -100,18 +103,25 @@ int TlsChannel::BioWrite(BIO *bio, const char *bytes, int count) {
     return count;
 }
 
-/* OpenSSL's own reading ahead would move what it has read to the front of its buffer for every record. */
+/* One call brings the body of a long record to where TLS decrypts it, and the head of the next one. OpenSSL's own reading
+ * ahead would move what it has read to the front of its buffer for every record. */
 int TlsChannel::BioRead(BIO *bio, char *bytes, int count) {
     auto *channel = static_cast<TlsChannel *>(BIO_get_data(bio));
     BIO_clear_retry_flags(bio);
     if (channel->in_begin_ == channel->in_end_) {
-        const ssize_t got = recv(channel->socket_, channel->in_.get(), READ_AT_ONCE, 0);
+        const bool body = count >= static_cast<int>(LONG_BODY);
+        const std::size_t direct = body ? static_cast<std::size_t>(count) : 0;
+        const iovec parts[] = {{bytes, direct}, {channel->in_.get(), body ? SSL3_RT_HEADER_LENGTH : READ_AHEAD}};
+        const ssize_t got = readv(channel->socket_, parts, 2);
         if (got < 0 && (errno == EAGAIN || errno == EINTR))
             BIO_set_retry_read(bio);
         if (got <= 0)
             return static_cast<int>(got);
+        const std::size_t there = std::min(static_cast<std::size_t>(got), direct);
         channel->in_begin_ = 0;
-        channel->in_end_ = static_cast<std::size_t>(got);
+        channel->in_end_ = static_cast<std::size_t>(got) - there;
+        if (body)
+            return static_cast<int>(there);
     }
     const std::size_t part = std::min(static_cast<std::size_t>(count), channel->in_end_ - channel->in_begin_);
     std::memcpy(bytes, channel->in_.get() + channel->in_begin_, part);
@@ -135,7 +145,8 @@ const BIO_METHOD *TlsChannel::Method() {
 }
 
 TlsChannel::TlsChannel(const TlsContext &context, int socket, bool server, uint64_t records_per_key)
-    : socket_(socket), records_per_key_(records_per_key), ssl_(SSL_new(context.Get())), in_(new uint8_t[READ_AT_ONCE]) {
+    : socket_(socket), records_per_key_(records_per_key), ssl_(SSL_new(context.Get())), in_(new uint8_t[READ_AHEAD]) {
+    begun_.reserve(RECORD);
     BIO *bio = BIO_new(Method());
     if (ssl_ == nullptr || bio == nullptr) {
         BIO_free(bio);
@@ -206,7 +217,26 @@ TlsChannel::Io TlsChannel::Read(std::span<uint8_t> room, std::size_t &got) {
 }
 
 bool TlsChannel::Write(std::span<const uint8_t> bytes) {
-    records_ += bytes.size() / SSL3_RT_MAX_PLAIN_LENGTH + 1;
+    if (!begun_.empty()) {
+        const auto part = bytes.first(std::min(bytes.size(), RECORD - begun_.size()));
+        begun_.insert(begun_.end(), part.begin(), part.end());
+        bytes = bytes.subspan(part.size());
+        if (begun_.size() == RECORD && !EndRecord())
+            return false;
+    }
+    const auto rest = bytes.last(bytes.size() % RECORD);
+    begun_.insert(begun_.end(), rest.begin(), rest.end());
+    return Encrypt(bytes.first(bytes.size() - rest.size()));
+}
+
+bool TlsChannel::EndRecord() {
+    const bool good = Encrypt(begun_);
+    begun_.clear();
+    return good;
+}
+
+bool TlsChannel::Encrypt(std::span<const uint8_t> bytes) {
+    records_ += (bytes.size() + RECORD - 1) / RECORD;
     if (records_ > records_per_key_) {
         records_ = 0;
         if (SSL_key_update(ssl_.get(), SSL_KEY_UPDATE_REQUESTED) != 1)
@@ -242,6 +272,7 @@ TlsChannel::Io TlsChannel::Flush() {
 
 void TlsChannel::SayGoodbye() {
     ERR_clear_error();
+    (void)EndRecord();
     (void)SSL_shutdown(ssl_.get());
     (void)Flush();
     ERR_clear_error();

@@ -36,7 +36,8 @@ class TlsContext {
     std::string peer_name_;
 };
 
-/* One connection. What is written is encrypted into a buffer that Flush sends, so that many records make one call. */
+/* One connection. What is written is gathered into full records and these are encrypted into a buffer that Flush sends, so
+ * that many bytes make one record and many records one call. */
 class TlsChannel {
   public:
     enum class Io { DONE, AGAIN, ENDED };
@@ -53,6 +54,8 @@ class TlsChannel {
     /* False when the connection has failed. Asks for new keys on both sides long before the present ones have encrypted
      * as much as they may: every so many records. */
     bool Write(std::span<const uint8_t> bytes);
+    /* Encrypts what is left of the bytes written and does not fill a record: there are no more for now. */
+    bool EndRecord();
     /* AGAIN while something is left. */
     Io Flush();
     std::size_t Pending() const { return out_.size() - out_at_; }
@@ -73,6 +76,7 @@ class TlsChannel {
     static int BioRead(BIO *bio, char *bytes, int count);
     static long BioControl(BIO *bio, int command, long, void *);
 
+    bool Encrypt(std::span<const uint8_t> bytes);
     Io Failed(int result);
     void Classify(unsigned long error);
 
@@ -83,6 +87,7 @@ class TlsChannel {
     std::unique_ptr<uint8_t[]> in_; /* read from the socket, not yet by TLS */
     std::size_t in_begin_ = 0;
     std::size_t in_end_ = 0;
+    std::vector<uint8_t> begun_; /* written, less than a record */
     std::vector<uint8_t> out_;
     std::size_t out_at_ = 0;
     Refusal refused_ = Refusal::NONE;

@@ -139,4 +139,47 @@ TEST(Frames, OfEveryLengthAreBoundedByTheLargestMessage) {
     }
 }
 
+/* DATA of this many payload bytes, which tell its number. */
+std::vector<uint8_t> DataFrame(uint64_t number, uint32_t payload) {
+    std::vector<uint8_t> body(48 + payload, static_cast<uint8_t>(number));
+    std::vector<uint8_t> frame;
+    uvel::host::standby::AppendFrame(frame, {0, FrameType::DATA, 255, 7, number}, body);
+    return frame;
+}
+
+TEST(FrameReader, TakesLongAndShortFramesInPiecesOfAnySize) {
+    using uvel::host::standby::FrameReader;
+    std::vector<uint8_t> stream;
+    const std::vector<uint32_t> payloads = {40000, 5, 65536, 65536, 0, 20000, 200000, 1, 33000, 32000};
+    for (std::size_t i = 0; i < payloads.size(); ++i) {
+        const std::vector<uint8_t> frame = DataFrame(i + 1, payloads[i]);
+        stream.insert(stream.end(), frame.begin(), frame.end());
+    }
+    for (const std::size_t piece : {1U, 7U, 19U, 20U, 21U, 1000U, 16384U, 1000000U}) {
+        SCOPED_TRACE(piece);
+        FrameReader reader(200000);
+        std::size_t taken = 0;
+        for (std::size_t at = 0; at < stream.size();) {
+            const auto room = reader.Room();
+            ASSERT_FALSE(room.empty());
+            const std::size_t part = std::min({piece, room.size(), stream.size() - at});
+            std::copy_n(stream.begin() + static_cast<std::ptrdiff_t>(at), part, room.begin());
+            reader.Filled(part);
+            at += part;
+            uvel::host::standby::Frame frame;
+            FrameReader::Result result;
+            while ((result = reader.Take(frame)) == FrameReader::Result::FRAME) {
+                ASSERT_EQ(taken + 1, frame.head.number);
+                ASSERT_EQ(48 + payloads[taken], frame.head.length);
+                const uint8_t *data = uvel::host::standby::DataOf(frame.message.get());
+                ASSERT_EQ(frame.head.length,
+                          std::count(data, data + frame.head.length, static_cast<uint8_t>(taken + 1)));
+                ++taken;
+            }
+            ASSERT_EQ(FrameReader::Result::MORE, result);
+        }
+        EXPECT_EQ(payloads.size(), taken);
+    }
+}
+
 } // namespace

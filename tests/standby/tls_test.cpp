@@ -62,7 +62,7 @@ TEST_F(Tls, CarriesBytesInBothDirectionsUnderKeysThatChange) {
     for (uint32_t round = 0; round < 300; ++round) {
         for (const int side : {0, 1}) {
             const std::vector<uint8_t> bytes(round * 97 % 40000 + 1, static_cast<uint8_t>(round + 100U * (side != 0)));
-            ASSERT_TRUE(channels[side]->Write(bytes));
+            ASSERT_TRUE(channels[side]->Write(bytes) && channels[side]->EndRecord());
             sent[side].insert(sent[side].end(), bytes.begin(), bytes.end());
         }
         for (int turn = 0; turn < 20; ++turn) {
@@ -79,6 +79,43 @@ TEST_F(Tls, CarriesBytesInBothDirectionsUnderKeysThatChange) {
     }
     EXPECT_TRUE(sent[0] == received[0]);
     EXPECT_TRUE(sent[1] == received[1]);
+}
+
+TEST_F(Tls, WhatIsWrittenInPartsFillsRecords) {
+    TlsChannel client(*a, sockets[0], false);
+    TlsChannel server(*b, sockets[1], true);
+    ASSERT_TRUE(Shake(client, server));
+    std::vector<uint8_t> sent;
+    for (uint8_t part = 0; part < 10; ++part) {
+        const std::vector<uint8_t> bytes(5000, part);
+        ASSERT_TRUE(client.Write(bytes));
+        sent.insert(sent.end(), bytes.begin(), bytes.end());
+    }
+    ASSERT_TRUE(client.EndRecord());
+    ASSERT_TRUE(client.EndRecord()) << "nothing is left: no empty record";
+    ASSERT_EQ(Io::DONE, client.Flush());
+    std::vector<uint8_t> received;
+    std::vector<std::size_t> records;
+    std::vector<uint8_t> room(100000);
+    for (std::size_t got = 0; server.Read(room, got) == Io::DONE; records.push_back(got))
+        received.insert(received.end(), room.begin(), room.begin() + static_cast<std::ptrdiff_t>(got));
+    EXPECT_EQ((std::vector<std::size_t>{16384, 16384, 16384, 848}), records);
+    EXPECT_TRUE(sent == received);
+}
+
+TEST_F(Tls, AGoodbyeBringsWhatWasWritten) {
+    TlsChannel client(*a, sockets[0], false);
+    TlsChannel server(*b, sockets[1], true);
+    ASSERT_TRUE(Shake(client, server));
+    const uint8_t bytes[] = {1, 2, 3};
+    ASSERT_TRUE(client.Write(bytes));
+    client.SayGoodbye();
+    uint8_t room[100];
+    std::size_t got = 0;
+    ASSERT_EQ(Io::DONE, server.Read(room, got));
+    EXPECT_EQ(3u, got);
+    EXPECT_EQ(Io::ENDED, server.Read(room, got));
+    EXPECT_EQ(Refusal::NONE, server.Refused());
 }
 
 TEST_F(Tls, AChangedByteEndsTheConnection) {

@@ -80,10 +80,10 @@ InspectorClient::~InspectorClient() {
     close(descriptor_);
 }
 
-nlohmann::json InspectorClient::Ask(const std::string &view, const std::vector<std::string> &arguments) {
-    const std::string request = nlohmann::json{{"view", view}, {"arguments", arguments}}.dump() + "\n";
-    for (size_t sent = 0; sent < request.size();) {
-        const ssize_t count = send(descriptor_, request.data() + sent, request.size() - sent, MSG_NOSIGNAL);
+uvel::inspection::Table InspectorClient::Ask(const uvel::inspection::Request &request) {
+    const std::string line = ToJson(request) + "\n";
+    for (size_t sent = 0; sent < line.size();) {
+        const ssize_t count = send(descriptor_, line.data() + sent, line.size() - sent, MSG_NOSIGNAL);
         if (count < 0 && errno == EAGAIN)
             throw Failure(NO_ANSWER);
         if (count < 0 && (errno == EPIPE || errno == ECONNRESET))
@@ -102,13 +102,15 @@ nlohmann::json InspectorClient::Ask(const std::string &view, const std::vector<s
             throw Failure("uveld has ended before it answered");
         received_.append(bytes, count > 0 ? static_cast<size_t>(count) : 0);
     }
-    auto answer = nlohmann::json::parse(received_.substr(0, end), nullptr, false);
+    const std::string answer = received_.substr(0, end);
     received_.erase(0, end + 1);
-    if (answer.is_discarded())
+    try {
+        return uvel::inspection::ParseAnswer(answer);
+    } catch (const uvel::inspection::Refused &reason) {
+        throw Failure(reason.what());
+    } catch (const uvel::inspection::NotUnderstood &) {
         throw Failure("uveld's answer is not understood");
-    if (answer.contains("error"))
-        throw Failure(answer["error"].get<std::string>());
-    return answer;
+    }
 }
 
 } // namespace uvelctl

@@ -1,9 +1,8 @@
 /* Asks a running uveld through its socket. */
 #pragma once
 
-#include <nlohmann/json.hpp>
+#include <inspection/json_text.h>
 #include <string>
-#include <vector>
 
 #include "options.h"
 
@@ -17,8 +16,8 @@ class InspectorClient {
     InspectorClient(const InspectorClient &) = delete;
     InspectorClient &operator=(const InspectorClient &) = delete;
 
-    /* The table of a view: {"columns": [{"name", "title"}], "rows": [[...]]}. Throws Failure with uveld's reason. */
-    nlohmann::json Ask(const std::string &view, const std::vector<std::string> &arguments);
+    /* The table of a view. Throws Failure, with uveld's reason where it gave one. */
+    uvel::inspection::Table Ask(const uvel::inspection::Request &request);
 
   private:
     std::string path_;

@@ -1,7 +1,7 @@
 #include "value_text.h"
 
 #include <algorithm>
-#include <nlohmann/json.hpp>
+#include <inspection/json_text.h>
 
 namespace uvelctl {
 
@@ -9,15 +9,8 @@ static constexpr char HEX_MARK[] = "hex:";
 
 bool IsText(const std::string &value) {
     const auto is_control = [](unsigned char c) { return c < 0x20 || c == 0x7F; };
-    if (std::any_of(value.begin(), value.end(), is_control) || value.starts_with(HEX_MARK))
-        return false;
-    /* JSON is UTF-8, so its writer knows. */
-    try {
-        (void)nlohmann::json(value).dump();
-        return true;
-    } catch (const nlohmann::json::exception &) {
-        return false;
-    }
+    return std::none_of(value.begin(), value.end(), is_control) && !value.starts_with(HEX_MARK) &&
+           uvel::inspection::IsJsonText(value);
 }
 
 std::string ToHex(const std::string &value) {

@@ -1,13 +1,14 @@
 #include "database.h"
 
 #include <cerrno>
-#include <spdlog/spdlog.h>
 #include <sys/epoll.h>
 #include <sys/timerfd.h>
 #include <system_error>
 #include <unistd.h>
 #include <uvelcommon_base/kivo_confdb.h>
 #include <uvelhost/confdb.h>
+
+#include "service_log.h"
 
 namespace uveld {
 
@@ -38,7 +39,7 @@ void Database::TryToOpen() {
     if (!IsOpen())
         uVEL_Adapt_SubPubEvent();
     if (IsOpen())
-        spdlog::info("the configuration database is open");
+        LogInfo("the configuration database is open");
     itimerspec time{};
     time.it_value.tv_sec = IsOpen() ? 0 : TRY_EVERY_SECONDS;
     timerfd_settime(timer_, 0, &time, nullptr);

@@ -1,10 +1,11 @@
 #include "feeder.h"
 
-#include <spdlog/spdlog.h>
 #include <stdexcept>
 #include <thread>
 #include <uvelhost/netlink.h>
 #include <uvelhost/scenario.h>
+
+#include "service_log.h"
 
 namespace uveld {
 
@@ -66,9 +67,9 @@ class Scenario : public Feeder {
         char error[ERROR_SIZE] = "";
         const uint32_t result = SCN_Run(scenario_, percent, error, sizeof error);
         if (result == UVELHOST_OK)
-            spdlog::info("the scenario {} has come to its end", file_);
+            LogInfo("the scenario {} has come to its end", file_);
         else if (result != SCN_STOPPED)
-            spdlog::error("the scenario ends: {}", error);
+            LogError("the scenario ends: {}", error);
     }
 
     std::string file_;

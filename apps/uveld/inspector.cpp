@@ -2,13 +2,15 @@
 
 #include <cerrno>
 #include <cstring>
-#include <spdlog/spdlog.h>
+#include <inspection/json_text.h>
 #include <sys/epoll.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
 #include <system_error>
 #include <unistd.h>
+
+#include "service_log.h"
 
 namespace uveld {
 
@@ -48,21 +50,19 @@ int ListenAt(const std::string &path) {
 } // namespace
 
 std::string AnswerRequest(const ViewContext &context, const std::string &line) {
-    nlohmann::json answer;
+    std::string answer;
     try {
-        const auto request = nlohmann::json::parse(line);
-        const auto name = request.at("view").get<std::string>();
-        const auto arguments = request.value("arguments", std::vector<std::string>());
-        const auto view = Views().find(name);
+        const auto request = uvel::inspection::ParseRequest(line);
+        const auto view = Views().find(request.view);
         if (view == Views().end())
-            throw NoView("there is no view \"" + name + "\"");
-        answer = view->second.view(context, arguments).ToJson();
-    } catch (const nlohmann::json::exception &error) {
-        answer = {{"error", std::string("not a request: ") + error.what()}};
+            throw NoView("there is no view \"" + request.view + "\"");
+        answer = ToJson(view->second.view(context, request.arguments));
+    } catch (const uvel::inspection::NotUnderstood &error) {
+        answer = uvel::inspection::ErrorToJson(std::string("not a request: ") + error.what());
     } catch (const std::exception &error) {
-        answer = {{"error", error.what()}};
+        answer = uvel::inspection::ErrorToJson(error.what());
     }
-    return answer.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) + "\n";
+    return answer + "\n";
 }
 
 Inspector::Inspector(EventLoop *loop, const std::string &path, ViewContext context)
@@ -83,7 +83,7 @@ void Inspector::Accept() {
     if (descriptor < 0)
         return;
     if (connections_.size() >= size_t{MAX_CONNECTIONS}) {
-        spdlog::warn("an inspector was turned away: {} are connected", connections_.size());
+        LogWarning("an inspector was turned away: {} are connected", connections_.size());
         const std::string answer =
             "{\"error\":\"" + std::to_string(connections_.size()) + " inspectors are connected already\"}\n";
         (void)!send(descriptor, answer.data(), answer.size(), MSG_NOSIGNAL);

@@ -1,7 +1,5 @@
 #include "modules.h"
 
-#include "service_log.h"
-
 #include <cstring>
 #include <dlfcn.h>
 #include <stdexcept>
@@ -33,7 +31,7 @@ const UVELD_MODULE_S *RecordOf(const std::string &file) {
 
 Module::Module(const ModuleConfiguration &configuration, const std::string &run_directory)
     : file_(configuration.file), run_directory_(run_directory), settings_(configuration.settings),
-      record_(RecordOf(file_)), name_(record_->pszName), log_(ModuleLog(name_)) {
+      record_(RecordOf(file_)), name_(record_->pszName), log_(name_) {
     for (const auto &[name, value] : settings_)
         setting_records_.push_back({name.c_str(), value.c_str()});
     context_.pszRunDirectory = run_directory_.c_str();
@@ -76,10 +74,9 @@ const char *Module::Setting(const void *module, const char *name) {
 }
 
 void Module::Log(const void *module, uint32_t level, const char *text) {
-    static constexpr spdlog::level::level_enum LEVELS[] = {spdlog::level::err, spdlog::level::warn, spdlog::level::info,
-                                                           spdlog::level::debug};
+    static constexpr LogLevel LEVELS[] = {LogLevel::ERROR, LogLevel::WARNING, LogLevel::INFO, LogLevel::DEBUG};
     if (text != nullptr)
-        static_cast<const Module *>(module)->log_->log(LEVELS[level < 4 ? level : 3], "{}", text);
+        static_cast<const Module *>(module)->log_.Write(LEVELS[level < 4 ? level : 3], text);
 }
 
 std::vector<std::string> Module::Show() {

@@ -2,11 +2,11 @@
 #pragma once
 
 #include <memory>
-#include <spdlog/spdlog.h>
 #include <string>
 #include <vector>
 
 #include "configuration.h"
+#include "service_log.h"
 #include "uveld/module.h"
 
 namespace uveld {
@@ -47,7 +47,7 @@ class Module {
     std::vector<UVELD_SETTING_S> setting_records_;
     const UVELD_MODULE_S *record_ = nullptr;
     std::string name_;
-    std::shared_ptr<spdlog::logger> log_;
+    ModuleLog log_;
     UVELD_CONTEXT_S context_{};
     UVELD_STANDBY_S standby_{};
     std::vector<std::string> *shown_ = nullptr; /* while show functions run */

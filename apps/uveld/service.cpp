@@ -23,7 +23,7 @@ namespace uveld {
 namespace {
 
 void LogReport(const char *line) {
-    spdlog::warn("{}", line);
+    LogWarning("{}", line);
 }
 
 void BringModulesUp(const Configuration &configuration, const Modules &modules, Signals *signals) {
@@ -50,7 +50,7 @@ int RunService(const Configuration &configuration) {
     OpenLog(configuration.log);
     QAL_ReportSetHook(LogReport);
     Signals signals;
-    spdlog::info("starts in {} as process {}", run_directory.Path(), getpid());
+    LogInfo("starts in {} as process {}", run_directory.Path(), getpid());
     SetHostEnvironment(configuration, run_directory);
 
     signals.Begin("modules are loaded");
@@ -74,7 +74,7 @@ int RunService(const Configuration &configuration) {
         module->Run();
     }
     if (!signals.IsToEnd()) {
-        spdlog::info("is ready: {} modules, device from {}", modules.size(), feeder->Description());
+        LogInfo("is ready: {} modules, device from {}", modules.size(), feeder->Description());
         (void)sd_notify(0, "READY=1");
     }
     signals.Begin("a request of an inspector is answered");
@@ -85,7 +85,7 @@ int RunService(const Configuration &configuration) {
     CloseLink();
     signals.Begin("the device is no longer followed");
     feeder->Stop();
-    spdlog::info("has ended");
+    LogInfo("has ended");
     return 0;
 }
 

@@ -2,6 +2,7 @@
 
 #include <spdlog/sinks/basic_file_sink.h>
 #include <spdlog/sinks/stdout_sinks.h>
+#include <spdlog/spdlog.h>
 
 namespace uveld {
 
@@ -76,12 +77,18 @@ void ReopenLog() {
     try {
         TheLog().sink->Open(TheLog().configuration.file);
     } catch (const spdlog::spdlog_ex &error) {
-        spdlog::error("the log cannot be opened anew: {}", error.what());
+        LogError("the log cannot be opened anew: {}", error.what());
     }
 }
 
-std::shared_ptr<spdlog::logger> ModuleLog(const std::string &module) {
-    return MakeLogger(module);
+void Log(LogLevel level, fmt::string_view text, fmt::format_args values) {
+    spdlog::default_logger_raw()->log(LevelOf(level), fmt::vformat(text, values));
+}
+
+ModuleLog::ModuleLog(const std::string &module) : logger_(MakeLogger(module)) {}
+
+void ModuleLog::Write(LogLevel level, const char *text) const {
+    logger_->log(LevelOf(level), text);
 }
 
 } // namespace uveld

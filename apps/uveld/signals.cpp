@@ -89,9 +89,9 @@ void Signals::Take() {
     while (read(signals_, &info, sizeof info) == static_cast<ssize_t>(sizeof info)) {
         if (info.ssi_signo == SIGHUP) {
             ReopenLog();
-            spdlog::info("the log was opened anew");
+            LogInfo("the log was opened anew");
         } else if (!is_to_end_.exchange(true)) {
-            spdlog::info("ends on signal {}", info.ssi_signo);
+            LogInfo("ends on signal {}", info.ssi_signo);
             (void)sd_notify(0, "STOPPING=1");
             Raise(end_);
         }
@@ -101,7 +101,7 @@ void Signals::Take() {
 void Signals::LeaveAtOnce() {
     {
         const std::lock_guard lock(lock_);
-        spdlog::warn("ends without waiting any longer for this: {}", what_);
+        LogWarning("ends without waiting any longer for this: {}", what_);
     }
     _exit(EXIT_SUCCESS);
 }

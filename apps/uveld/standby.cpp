@@ -6,6 +6,8 @@
 #include <utility>
 #include <uvelhost/standby_link.h>
 
+#include "service_log.h"
+
 namespace uveld {
 
 namespace {
@@ -34,7 +36,7 @@ void OnPacket(void *context, uint32_t mod_id, uint8_t, YSB_SMBUF_S *packet, uint
         }
     });
     if (!is_taken) {
-        spdlog::warn("standby: a message of the unknown module id {} was dropped", mod_id);
+        LogWarning("standby: a message of the unknown module id {} was dropped", mod_id);
         CBUF_Free(CHI_BACK_YSB, message);
     }
 }
@@ -44,7 +46,7 @@ void OnPeerIsNew(void *) {
 }
 
 void OnBatch(void *context, uint32_t batch) {
-    spdlog::info("standby: the peer is to get everything (batch {})", batch);
+    LogInfo("standby: the peer is to get everything (batch {})", batch);
     ForParts(context, [](const UVELD_STANDBY_S &standby) {
         if (standby.pfBatch != nullptr)
             standby.pfBatch();
@@ -53,11 +55,11 @@ void OnBatch(void *context, uint32_t batch) {
 }
 
 void OnBatchDelivered(void *, uint32_t batch) {
-    spdlog::info("standby: the peer has everything (batch {})", batch);
+    LogInfo("standby: the peer has everything (batch {})", batch);
 }
 
 void OnPeerBatch(void *context, uint32_t begins) {
-    spdlog::info("standby: a batch of the peer {}", begins == 1 ? "begins" : "is complete");
+    LogInfo("standby: a batch of the peer {}", begins == 1 ? "begins" : "is complete");
     ForParts(context, [begins](const UVELD_STANDBY_S &standby) {
         if (standby.pfPeerBatch != nullptr)
             standby.pfPeerBatch(begins);
@@ -73,8 +75,8 @@ void OnState(void *context) {
     YSB_LINK_STATE_S state;
     if (YSB_Link_GetState(&state) != UVELHOST_OK)
         return;
-    spdlog::info("standby: {}, the peer is {}", state.ulActive == 1 ? "active" : "not active",
-                 state.ulConnected == 1 ? "there" : "away");
+    LogInfo("standby: {}, the peer is {}", state.ulActive == 1 ? "active" : "not active",
+            state.ulConnected == 1 ? "there" : "away");
     if (std::exchange(role, static_cast<int>(state.ulActive)) == static_cast<int>(state.ulActive))
         return;
     ForParts(context, [&](const UVELD_STANDBY_S &standby) {

@@ -103,7 +103,7 @@ Table ShowModules(const ViewContext &context, const std::vector<std::string> &) 
     for (const auto &module : *context.modules) {
         const UVELD_STANDBY_S *standby = module->Standby();
         table.Add({module->Name(), HexText(module->Mid()), module->File(),
-                   standby == nullptr ? nlohmann::json() : nlohmann::json(standby->ulModId)});
+                   standby == nullptr ? Value() : Value(standby->ulModId)});
     }
     return table;
 }

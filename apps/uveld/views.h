@@ -6,10 +6,14 @@
 #include <string>
 #include <vector>
 
+#include <inspection/table.h>
+
 #include "modules.h"
-#include "table.h"
 
 namespace uveld {
+
+using uvel::inspection::Table;
+using uvel::inspection::Value;
 
 /* What a view may need of uveld itself. The host and the library are asked directly. */
 struct ViewContext {

@@ -19,9 +19,8 @@ Table ShowDatabase(const ViewContext &, const std::vector<std::string> &) {
                      " cannot be opened; the log says why");
     for (uint32_t number = 0; db_get_state(number, &state) == UVELHOST_OK; ++number) {
         const std::string trouble = state.szTrouble;
-        table.Add({state.szClient, endpoint == nullptr ? nlohmann::json() : nlohmann::json(endpoint), trouble.empty(),
-                   trouble.empty() ? nlohmann::json() : nlohmann::json(trouble), state.ulSubscriptions,
-                   state.ulOutages});
+        table.Add({state.szClient, endpoint == nullptr ? Value() : Value(endpoint), trouble.empty(),
+                   trouble.empty() ? Value() : Value(trouble), state.ulSubscriptions, state.ulOutages});
     }
     return table;
 }

@@ -21,9 +21,8 @@ static_assert(std::size(HOOK_NAMES) == KIVO_HOOK_COUNT);
 constexpr uint32_t SPEC_COUNT = KIVO_COMMON_SPEC_NUM;
 
 void AddCallback(const ViewContext &context, uint32_t event, const UVEL_EVENT_NODE_S &node, Table *table) {
-    const auto value = node.ulSubKey == UVEL_EVENT_ANY_VALUE ? nlohmann::json("any") : nlohmann::json(node.ulSubKey);
-    const auto mean =
-        node.ulCalls == 0 ? nlohmann::json() : nlohmann::json(static_cast<double>(node.ulTotalMs) / node.ulCalls);
+    const auto value = node.ulSubKey == UVEL_EVENT_ANY_VALUE ? Value("any") : Value(node.ulSubKey);
+    const auto mean = node.ulCalls == 0 ? Value() : Value(static_cast<double>(node.ulTotalMs) / node.ulCalls);
     table->Add({event, value, node.ucPriority, OwnerOf(context, node.ulMid),
                 FunctionName(reinterpret_cast<const void *>(node.pfCallback)), node.ucUnregistered == 0, node.ulCalls,
                 node.ulFailures, node.ulLastResult, node.ulTotalMs, mean, node.ulWorstMs});
@@ -89,9 +88,8 @@ Table ShowHooks(const ViewContext &, const std::vector<std::string> &arguments) 
         const KIVO_HOOK hook = KIVOShell_GetHookFunc(id);
         if (!arguments.empty() && (arguments[0] == "installed") != (hook != nullptr))
             continue;
-        table.Add(
-            {id, HOOK_NAMES[id],
-             hook == nullptr ? nlohmann::json() : nlohmann::json(FunctionName(reinterpret_cast<const void *>(hook)))});
+        table.Add({id, HOOK_NAMES[id],
+                   hook == nullptr ? Value() : Value(FunctionName(reinterpret_cast<const void *>(hook)))});
     }
     return table;
 }

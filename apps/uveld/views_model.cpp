@@ -15,14 +15,12 @@ namespace uveld {
 
 namespace {
 
-using nlohmann::json;
-
-json NumberOrNone(uint32_t value) {
-    return value == UVELHOST_NONE ? json() : json(value);
+Value NumberOrNone(uint32_t value) {
+    return value == UVELHOST_NONE ? Value() : Value(value);
 }
 
-json VlanOrNone(uint16_t vlan) {
-    return vlan == MDL_NO_VLAN ? json() : json(vlan);
+Value VlanOrNone(uint16_t vlan) {
+    return vlan == MDL_NO_VLAN ? Value() : Value(vlan);
 }
 
 const char *StateText(const MDL_IF_S &interface, uint32_t state) {
@@ -51,8 +49,8 @@ std::string AddressText(const MDL_ADDR6_S &address) {
 }
 
 /* Addresses of both families; the main one first. */
-json AddressesOf(uint32_t ifindex) {
-    json list = json::array();
+Value::List AddressesOf(uint32_t ifindex) {
+    Value::List list;
     MDL_ADDR4_S four;
     for (uint32_t next = 0; MDL_NextAddr4(ifindex, next, &four) == UVELHOST_OK && four.ulIfIndex == ifindex;
          next = four.ulAddr + 1) {
@@ -92,12 +90,12 @@ std::string RangesOf(const uint32_t *bitmap) {
 }
 
 /* Names of the ports of a VLAN; a port that has no interface goes by its number. */
-json PortsOf(uint32_t vlan) {
+Value::List PortsOf(uint32_t vlan) {
     uint32_t count = MDL_MAX_SWITCH_PORTS;
     std::vector<uint32_t> ports(count);
     if (MDL_GetVlanPorts(vlan, ports.data(), &count) != UVELHOST_OK)
-        return json::array();
-    json list = json::array();
+        return {};
+    Value::List list;
     for (uint32_t i = 0; i < count; ++i) {
         uint32_t ifindex = 0;
         MDL_IF_S interface;
@@ -145,8 +143,8 @@ Table ShowInterfaces(const ViewContext &, const std::vector<std::string> &) {
         const bool is_sub = interface.ulMainIfIndex != 0 && interface.ulMainIfIndex != interface.ulIfIndex;
         table.Add({interface.ulIfIndex, interface.szName, StateText(interface, interface.ulPhyState),
                    StateText(interface, interface.ulLineState), interface.ulLayer, MacText(interface.aucMac),
-                   VlanOrNone(interface.usVlanId), interface.ulVrf == 0 ? json() : json(interface.ulVrf),
-                   is_sub ? json(interface.ulMainIfIndex) : json(), AddressesOf(interface.ulIfIndex)});
+                   VlanOrNone(interface.usVlanId), interface.ulVrf == 0 ? Value() : Value(interface.ulVrf),
+                   is_sub ? Value(interface.ulMainIfIndex) : Value(), AddressesOf(interface.ulIfIndex)});
     }
     return table;
 }
@@ -175,8 +173,8 @@ Table ShowTrunks(const ViewContext &, const std::vector<std::string> &) {
                  {"active", "Active"}});
     MDL_TRUNK_S trunk;
     for (uint32_t next = 0; MDL_NextTrunk(next, &trunk) == UVELHOST_OK; next = trunk.ulTrunkIndex + 1) {
-        json members = json::array();
-        json active = json::array();
+        Value::List members;
+        Value::List active;
         MDL_MEMBER_S member;
         for (uint32_t port = 0; MDL_NextMember(port, &member) == UVELHOST_OK; port = member.ulIfIndex + 1) {
             if (member.ulTrunkId != trunk.ulTrunkId)

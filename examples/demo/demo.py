@@ -28,6 +28,10 @@ class DemoFailed(Exception):
     """Something that the demonstration promises did not happen."""
 
 
+class StepCameFirst(DemoFailed):
+    """A step of the scenario was due before everything was done that belongs before it: this machine is slower."""
+
+
 # ---- screen ----
 
 class Screen:
@@ -220,6 +224,9 @@ class Namespaces:
         for name in self.names:
             subprocess.run(["ip", "netns", "delete", name], stderr=subprocess.DEVNULL, check=False)
 
+    def write_scenarios(self, _folder):
+        pass
+
     def feeder(self, _number):
         return "feeder: netlink"
 
@@ -230,7 +237,10 @@ class Namespaces:
         run("ip", "-n", device.namespace, "link", "set", f"user{port}", "down")
 
     takes_down = "ip link set user1 down"
-    why_refused = ""
+    patience = 60.0
+
+    def refused(self, count):
+        return DemoFailed(f"{count} log-ons were refused")
 
 
 class OnePlace:
@@ -238,12 +248,23 @@ class OnePlace:
 
     names = [None, None]
     takes_down = "a step of the scenario"
-    why_refused = ": has the scenario taken the interface down already? With fewer --sessions it will be later than they"
 
     def __init__(self, sessions):
         self.port_down_after = 5 + sessions // 8_000  # seconds; all users have logged on by then
 
-    def open(self, folder):
+    @property
+    def patience(self):
+        return 60.0 + self.port_down_after
+
+    def refused(self, count):
+        reason = StepCameFirst(f"{count} log-ons were refused: an interface went down {self.port_down_after} s after the start")
+        self.port_down_after *= 3
+        return reason
+
+    def open(self, _folder):
+        pass
+
+    def write_scenarios(self, folder):
         interfaces = "\n".join(f"    - {{index: {10 + port}, name: port{port}, state: up}}" for port in range(1, PORTS + 1))
         device = f"device:\n  name: edge\n  interfaces:\n{interfaces}\n"
         step = f"steps:\n  - at: {self.port_down_after}s\n    put: {{interfaces: [{{index: 11, state: down}}]}}\n"
@@ -315,6 +336,20 @@ def show(device, view, rows=6):
 
 
 def demonstrate(place, folder, binaries, total):
+    """Once more, with more time before the scenario's step, where it came too early."""
+    for turn in range(1, 4):
+        work = folder / str(turn)
+        work.mkdir()
+        place.write_scenarios(work)
+        try:
+            return show_all(place, work, binaries, total)
+        except StepCameFirst as reason:
+            if turn == 3:
+                raise
+            SCREEN.line(f"{reason}; once more with more time")
+
+
+def show_all(place, folder, binaries, total):
     master, standby = start_devices(place, folder, binaries)
     try:
         SCREEN.title("1  Two devices come up")
@@ -331,7 +366,7 @@ def demonstrate(place, folder, binaries, total):
         accepted = log_on(master, range(total), ports, lambda done: SCREEN.progress("logged on", done, total))
         seconds = time.monotonic() - start
         if accepted != total:
-            raise DemoFailed(f"{total - accepted} log-ons were refused{place.why_refused}")
+            raise place.refused(total - accepted)
         SCREEN.line(f"{total / seconds:,.0f} log-ons a second, each answered when the standby had it")
 
         def backed_up():
@@ -343,12 +378,11 @@ def demonstrate(place, folder, binaries, total):
         SCREEN.line(f"both tables equal {late * 1000:.0f} ms after the last log-on: {' '.join(master.digest())}")
 
         SCREEN.title("3  An interface goes down for real")
-        before = master.count()
         place.take_port_down(master, 1)
-        took, _ = wait_for("sessions of port1 end", lambda: master.count() < before)
-        wait_for("their end is complete", lambda: master.count() == before - len(range(0, total, PORTS)))
+        took, _ = wait_for("sessions of port1 end", lambda: master.count() < total, place.patience)
+        wait_for("their end is complete", lambda: master.count() == total - len(range(0, total, PORTS)))
         wait_for("the standby follows", lambda: standby.digest() == master.digest())
-        SCREEN.line(f"{place.takes_down}: {before - master.count():,} sessions of port1 ended on both devices"
+        SCREEN.line(f"{place.takes_down}: {total - master.count():,} sessions of port1 ended on both devices"
                     + (f", the first after {took * 1000:.0f} ms" if isinstance(place, Namespaces) else ""))
         show(master, "callbacks 5")
 

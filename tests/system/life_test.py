@@ -15,7 +15,7 @@ import threading
 import time
 import unittest
 
-from service import Service, free_ports, log_on_line, mac_of, wait_until
+from service import Service, free_ports, log_on_line, mac_of, main, wait_until
 
 BUILD = pathlib.Path(sys.argv.pop(1)).resolve()
 STUBBORN = BUILD / "lib" / "uvel" / "test_modules" / "stubborn_module.so"
@@ -280,4 +280,4 @@ class SessionSocket(Case):
 
 
 if __name__ == "__main__":
-    unittest.main(verbosity=2)
+    main()

@@ -11,17 +11,19 @@ import tempfile
 import threading
 import unittest
 
-from service import Service, free_ports, log_on_line, mac_of, wait_until
+from service import Service, free_ports, log_on_line, mac_of, main, wait_until
 
 BUILD = pathlib.Path(sys.argv.pop(1)).resolve()
 
 
 class Client(threading.Thread):
-    """Logs users on, one after the other without waiting for answers, until the connection ends."""
+    """Logs users on, one after the other without waiting for answers, until the connection ends. The last one waits for
+    `may_end`: until then the client is not through, however slow the test is and however fast the service."""
 
     def __init__(self, service, numbers):
         super().__init__(daemon=True)
         self.service, self.numbers, self.answers = service, list(numbers), []
+        self.may_end = threading.Event()
 
     def run(self):
         with self.service.connect() as client:
@@ -39,8 +41,10 @@ class Client(threading.Thread):
 
     def send(self, client):
         try:
-            for number in self.numbers:
+            for number in self.numbers[:-1]:
                 client.sendall(log_on_line(number).encode())
+            self.may_end.wait(60)
+            client.sendall(log_on_line(self.numbers[-1]).encode())
         except OSError:
             pass
 
@@ -53,6 +57,7 @@ class Case(unittest.TestCase):
     """A pair of devices, a the one that is active first."""
 
     window = 1 << 24
+    timeout = "6s"  # beyond what a busy machine keeps a process waiting
 
     def setUp(self):
         temporary = tempfile.TemporaryDirectory(prefix="uveld-pair-")
@@ -68,7 +73,7 @@ class Case(unittest.TestCase):
         service = Service(BUILD, self.folder / own, f"""
 standby:
   {{listen: "127.0.0.1:{ports[0]}", peer: "127.0.0.1:{ports[1]}", certificate: ../keys/{own}.pem, key: ../keys/{own}.key,
-   authority: ../keys/authority.pem, peer_name: {peer}, priority: {priority}, heartbeat: 100ms, timeout: 2s,
+   authority: ../keys/authority.pem, peer_name: {peer}, priority: {priority}, heartbeat: 100ms, timeout: {self.timeout},
    takeover: 1s, window: {self.window}}}
 """)
         self.addCleanup(service.kill)
@@ -86,6 +91,7 @@ standby:
 
     def log_on(self, service, numbers):
         client = Client(service, numbers)
+        client.may_end.set()
         client.run()
         self.assertEqual(len(client.numbers), len(client.answers))
         return client.answers
@@ -127,6 +133,7 @@ class Pair(Case):
         wait_until(lambda: all(len(client.answers) > 500 for client in clients))
         self.a.kill()
         for client in clients:
+            client.may_end.set()
             client.join(30)
         promised = [number for client in clients for number in client.promised()]
         self.assertGreater(len(promised), 2000)
@@ -154,6 +161,7 @@ class Pair(Case):
         client.start()
         wait_until(lambda: len(client.answers) > 500)
         self.b.kill()
+        client.may_end.set()
         client.join(30)
         self.assertEqual(30_000, len(client.answers))
         self.assertEqual({"ok", "ok alone"}, set(client.answers))
@@ -203,6 +211,7 @@ class SmallWindow(Case):
     """All that a batch sends does not fit into the link's memory: it has to wait for the peer."""
 
     window = 1 << 16
+    timeout = "2s"  # it is frozen and waited for
 
     def test_a_standby_that_dies_in_a_batch_does_not_hold_up_log_ons(self):
         self.a.start()
@@ -210,7 +219,7 @@ class SmallWindow(Case):
         self.log_on(self.a, range(20_000))
         for stop in (self.b.kill, self.b.freeze):
             self.b.start()
-            wait_until(lambda: "a batch of the peer begins" in self.b.log(), 10)
+            wait_until(lambda: "a batch of the peer begins" in self.b.log())
             stop()
             self.assertIn(self.a.ask(log_on_line(50_000)), ("ok alone", "ok"))
             self.assertEqual("ok alone", self.a.ask(f"logoff {mac_of(50_000)}"))
@@ -222,4 +231,4 @@ class SmallWindow(Case):
 
 
 if __name__ == "__main__":
-    unittest.main(verbosity=2)
+    main()

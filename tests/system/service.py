@@ -8,6 +8,7 @@ import signal
 import socket
 import subprocess
 import time
+import unittest
 
 DEVICE = """
 device:
@@ -47,10 +48,37 @@ def log_on_line(number, port=7):
     return f"logon {mac_of(number)} user{number} {port} 0\n"
 
 
+class Result(unittest.TextTestResult):
+    """Tells of a test that fails what its services said."""
+
+    def addError(self, test, error):
+        self.tell_logs()
+        super().addError(test, error)
+
+    def addFailure(self, test, error):
+        self.tell_logs()
+        super().addFailure(test, error)
+
+    def startTest(self, test):
+        Service.of_this_test.clear()
+        super().startTest(test)
+
+    def tell_logs(self):
+        for service in Service.of_this_test:
+            self.stream.writeln(f"\n---- log of {service.folder}\n{service.last_words()}")
+
+
+def main():
+    unittest.main(testRunner=unittest.TextTestRunner(resultclass=Result, verbosity=2))
+
+
 class Service:
     """One uveld in a folder of its own. `more` is added to its configuration."""
 
+    of_this_test = []
+
     def __init__(self, build, folder, more="", module=True):
+        Service.of_this_test.append(self)
         self.build, self.folder = pathlib.Path(build), pathlib.Path(folder)
         self.folder.mkdir(exist_ok=True)
         self.process = None
@@ -101,6 +129,12 @@ class Service:
 
     def errors(self):
         return (self.folder / "stderr").read_text()
+
+    def last_words(self, lines=60):
+        """The end of what it logged and wrote to standard error."""
+        with contextlib.suppress(OSError):
+            return "\n".join((self.log() + self.errors()).splitlines()[-lines:])
+        return "(none)"
 
     def resident_kilobytes(self):
         status = pathlib.Path(f"/proc/{self.process.pid}/status").read_text()

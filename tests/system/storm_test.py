@@ -14,7 +14,7 @@ import tempfile
 import time
 import unittest
 
-from service import Service, wait_until
+from service import Service, main, wait_until
 
 BUILD = pathlib.Path(sys.argv.pop(1)).resolve()
 CHANGES_A_SECOND = 2000
@@ -111,4 +111,4 @@ class KernelStorm(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    unittest.main(verbosity=2)
+    main()

@@ -17,7 +17,7 @@ import unittest
 
 import jsonschema
 
-from service import Service, free_ports, log_on_line, wait_until
+from service import Service, free_ports, log_on_line, main, wait_until
 
 BUILD = pathlib.Path(sys.argv.pop(1)).resolve()
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
@@ -220,4 +220,4 @@ class Machines(Case):
 
 
 if __name__ == "__main__":
-    unittest.main(verbosity=2)
+    main()

@@ -139,6 +139,13 @@ class Packages(unittest.TestCase):
             "cmake/uvelcommon_base/uvelcommon_base-config.cmake", "pkgconfig/uvelcommon_base.pc", "pkgconfig/uvelhost.pc",
             "libuvelcommon_base.so", "libuvelhost.so")}, content)
 
+    def test_development_files_bring_the_examples_that_the_documents_build_on(self):
+        folder = "usr/share/doc/libuvelcommon-base-dev/examples"
+        examples = {f"{folder}/{path.relative_to(SOURCE / 'examples')}" for path in
+                    (SOURCE / "examples/first_steps.c", *SOURCE.glob("examples/tutorial/*"), *SOURCE.glob("examples/host_port/*"))
+                    if path.name != "CMakeLists.txt"}
+        self.assertEqual(examples, {path for path in self.content("libuvelcommon-base-dev") if path.startswith(folder)})
+
     def test_uveld_brings_what_an_operator_needs(self):
         examples = "usr/share/doc/uveld/examples"
         pages = {f"usr/share/man/man{page[-1]}/{page}.gz"

@@ -150,7 +150,11 @@ class Device:
     def sessions(self):
         client = socket.socket(socket.AF_UNIX, socket.SOCK_STREAM)
         client.settimeout(30)
-        client.connect(str(self.run_directory / "sessions.sock"))
+        try:
+            client.connect(str(self.run_directory / "sessions.sock"))
+        except OSError:
+            client.close()
+            raise
         return client
 
     def ask(self, line):
@@ -258,7 +262,7 @@ class OnePlace:
 
     def refused(self, count):
         reason = StepCameFirst(f"{count} log-ons were refused: an interface went down {self.port_down_after} s after the start")
-        self.port_down_after *= 3
+        self.port_down_after = 5 + 3 * self.port_down_after
         return reason
 
     def open(self, _folder):

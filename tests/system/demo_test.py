@@ -4,6 +4,8 @@
     demo_test.py BUILD_DIR
 """
 
+import contextlib
+import io
 import os
 import pathlib
 import signal
@@ -15,6 +17,10 @@ import unittest
 
 BUILD = pathlib.Path(sys.argv.pop(1)).resolve()
 DEMO = pathlib.Path(__file__).resolve().parent.parent.parent / "examples" / "demo" / "demo.py"
+sys.path.insert(0, str(DEMO.parent))
+sys.dont_write_bytecode = True
+import demo as demonstration  # noqa: E402
+
 WAYS = [[], ["--scenario"]] if os.geteuid() == 0 else [["--scenario"]]
 
 
@@ -91,6 +97,14 @@ class Leftovers(unittest.TestCase):
                 self.assertEqual(0, demo.returncode, output)
                 self.assertIn("sessions lost by the failure           0", output)
             self.nothing_is_left_of(demos[0])
+
+    def test_a_step_of_the_scenario_that_comes_too_early_comes_later_the_next_time(self):
+        place = demonstration.OnePlace(2000)
+        place.port_down_after = 0
+        with contextlib.redirect_stdout(io.StringIO()) as screen:
+            demonstration.demonstrate(place, self.folder, BUILD, 2000)
+        self.assertIn("500 log-ons were refused: an interface went down 0 s after the start; once more", screen.getvalue())
+        self.assertIn("sessions lost by the failure           0", screen.getvalue())
 
 
 if __name__ == "__main__":

@@ -27,14 +27,6 @@ std::vector<Scenario> AllScenarios() {
     return all;
 }
 
-uint64_t BlocksInUse() {
-    uint64_t blocks = 0;
-    QAL_MEM_STATS_S stats{};
-    for (uint32_t handle = 0; QAL_MemGetStats(handle, &stats) == 0; ++handle)
-        blocks += stats.ulBlocks;
-    return blocks;
-}
-
 /* What the scenario says, failed assertions and fatal errors included. */
 std::string Answers(const Scenario &scenario) {
     Transcript log;
@@ -93,7 +85,7 @@ class HostFailureSweep : public testing::TestWithParam<Scenario> {
             ASSERT_LT(text.size(), sizeof shared_->text);
             std::copy(text.begin(), text.end(), shared_->text);
             shared_->textLength = text.size();
-            shared_->blocks = BlocksInUse();
+            shared_->blocks = kit::LiveBlocksOfAllAccounts();
         });
     }
 
@@ -117,7 +109,7 @@ class HostFailureSweep : public testing::TestWithParam<Scenario> {
         Answers(GetParam()); /* whatever is only done once is done now */
         EXPECT_EQ(std::string(shared_->text, shared_->textLength), Answers(GetParam()))
             << "after: " << shared_->current;
-        EXPECT_LE(BlocksInUse(), shared_->blocks) << "memory lost after: " << shared_->current;
+        EXPECT_LE(kit::LiveBlocksOfAllAccounts(), shared_->blocks) << "memory lost after: " << shared_->current;
     }
 
     /* The injections from first to last in one child; they stand on each other's shoulders. */

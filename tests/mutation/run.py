@@ -4,8 +4,9 @@
   run.py [--seed N...] [--count N] [--build DIR] [--jobs N] [--only REGEX]
 
 Each mutant is one change (sites.py) of one file of src/, compiled into copies of the libraries of a release build that
-is there already (unit_tests and fault_tests built). The suites of tests that enter the changed function run against
-them, the most particular first, until one fails that passes with the unchanged library, or outlives its time.
+is there already (unit_tests and fault_tests built), and of the tests that compile the file once more to look inside.
+The suites of tests that enter the changed function run against them, the most particular first, until one fails that
+passes with the unchanged library, or outlives its time.
 A mutant that does not compile, or compiles to the same machine code, is drawn again; so is one that equivalent.txt
 lists as making no difference, with its reason. Ends with an error when fewer than 90 % of the mutants are noticed."""
 import argparse
@@ -38,14 +39,17 @@ class Build:
 
     def __init__(self, folder):
         self.folder = folder
+        self.depends = self.dependencies()
         self.compile = {}  # object below the build folder: (source, command)
+        self.probes = {}  # object of tests that includes sources of the library: its suites
         for entry in json.loads((folder / "compile_commands.json").read_text()):
             source = pathlib.Path(entry["file"]).resolve()
-            if source.is_relative_to(ROOT / "src"):
-                command = re.sub(r"^\S*ccache ", "", entry["command"])
-                output = re.search(r" -o (\S+) ", command)[1]
+            command = re.sub(r"^\S*ccache ", "", entry["command"])
+            output = re.search(r" -o (\S+) ", command)[1]
+            if self.is_probe(source, output):
+                self.probes[output] = set(re.findall(r"^TEST(?:_F)?\((\w+),", source.read_text(), re.M))
+            if output in self.probes or source.is_relative_to(ROOT / "src"):
                 self.compile[output] = (source.relative_to(ROOT), command)
-        self.depends = self.dependencies()
         self.link = {name: self.link_command(f"lib/{name}") for name in LIBRARIES}
         self.link["unit_tests"] = self.link_command("bin/unit_tests")
 
@@ -60,6 +64,10 @@ class Build:
                 if path.is_relative_to(ROOT):
                     current.add(str(path.relative_to(ROOT)))
         return depends
+
+    def is_probe(self, source, output):
+        included = self.depends.get(output, ())
+        return source.is_relative_to(ROOT / "tests/unit") and any(re.match(r"src/.*\.cpp$", path) for path in included)
 
     def link_command(self, target):
         commands = subprocess.check_output(["ninja", "-C", self.folder, "-t", "commands", target], text=True)
@@ -76,10 +84,13 @@ def shell(command, folder):
 class Bench:
     """A copy of the sources and of the libraries that one mutant after the other is made in."""
 
+    COPIED = ("src", "tests/unit")
+
     def __init__(self, build, folder, flags=""):
         self.build, self.folder, self.flags = build, folder, flags
         shutil.rmtree(folder, ignore_errors=True)
-        shutil.copytree(ROOT / "src", folder / "src")
+        for copied in self.COPIED:
+            shutil.copytree(ROOT / copied, folder / copied)
         (folder / "lib").mkdir()
 
     def object_path(self, output):
@@ -90,7 +101,9 @@ class Bench:
         for output in outputs:
             target = self.object_path(output)
             target.parent.mkdir(parents=True, exist_ok=True)
-            command = self.build.compile[output][1].replace(str(ROOT / "src"), str(self.folder / "src"))
+            command = self.build.compile[output][1]
+            for copied in self.COPIED:
+                command = command.replace(f"{ROOT / copied}/", f"{self.folder / copied}/")
             command = re.sub(r" -o \S+ ", f" -w -Wno-error -g0 {self.flags} -o {target} ", command)
             command = command.replace(" -MD ", " ").replace(f" -MF {output}.d", "").replace(f" -MT {output}", "")
             if shell(command, self.build.folder).returncode:
@@ -166,7 +179,7 @@ class Trace:
         bench = Bench(build, folder, "-O0 -fno-inline -finstrument-functions")
         tracer = folder / "trace.o"
         subprocess.check_call(["gcc", "-O1", "-fPIC", "-c", ROOT / "tests/mutation/trace.c", "-o", tracer])
-        outputs = [output for output in build.compile if "/boundscheck" not in output]
+        outputs = [output for output in build.compile if "/boundscheck" not in output and output not in build.probes]
         bench.flags += " -g1 -gdwarf-4"  # addr2line misreads files of version 5
         with concurrent.futures.ThreadPoolExecutor(jobs) as pool:
             if not all(pool.map(lambda output: bench.compile([output]), outputs)):
@@ -223,16 +236,19 @@ class Trace:
 
     def choose(self, build, path, function):
         """Tests for a change: those that enter its function; where no function encloses it, those that enter any function
-        of what includes the file. First those that enter little else, and are quick."""
+        of what includes the file. First those that look inside, then those that enter little else, and are quick."""
         if function:
             here = {(path, function[0])}
         else:
             files = {str(build.compile[output][0]) for output in build.objects_of(path)} | {path}
             here = {(file, start[0]) for file in files for start in self.starts.get(file, ())}
         bundled = path.startswith("src/boundscheck")
+        inside = {suite for output in build.objects_of(path) for suite in build.probes.get(output, ())}
         chosen = []
         for test, (entered, seconds) in self.tests.items():
-            if bundled and "Boundscheck" in test[1]:
+            if test[1].split(".")[0] in inside:
+                chosen.append((0, test))
+            elif bundled and "Boundscheck" in test[1]:
                 chosen.append((seconds, test))
             elif entered & here:
                 chosen.append(((10 + 100 * seconds) * len(entered) / len(entered & here), test))

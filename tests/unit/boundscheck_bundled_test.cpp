@@ -83,6 +83,8 @@ TEST(BoundscheckBundled, ATextIsNotReadBeyondTheRoom) {
     char line[8];
     EXPECT_EQ(7, PRINT_TRUNCATED(line, sizeof(line), "%s", text.Get()));
     EXPECT_STREQ("abcdefg", line);
+    EXPECT_EQ(7, PRINT_TRUNCATED(line, sizeof(line), "%.1000s", text.Get())) << "nor up to a larger precision";
+    EXPECT_STREQ("abcdefg", line);
 }
 
 TEST(BoundscheckBundled, WidthsAndPrecisionsCostNoMoreThanTheRoom) {

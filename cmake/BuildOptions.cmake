@@ -33,5 +33,6 @@ if(UVEL_COVERAGE)
     set_property(TARGET uvel_coverage PROPERTY COMPILE_OPTIONS "")
     target_sources(uvel_build_options INTERFACE ${CMAKE_CURRENT_LIST_DIR}/coverage/module.cpp)
     target_link_libraries(uvel_build_options INTERFACE uvel_coverage)
-    target_link_options(uvel_build_options INTERFACE --coverage)
+    # Each module writes its own counters: libgcov's functions must not be found in the library of another one.
+    target_link_options(uvel_build_options INTERFACE --coverage -Wl,--exclude-libs,libgcov.a)
 endif()

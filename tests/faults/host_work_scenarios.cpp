@@ -2,6 +2,7 @@
 
 #include "host_scenarios.h"
 
+#include <ctime>
 #include <pthread.h>
 #include <thread>
 #include <uvelcommon_base/kivo_array.h>
@@ -27,6 +28,18 @@
 /* The pause of a task that may not wait ends the task. */
 extern "C" __attribute__((visibility("default"))) unsigned int sleep(unsigned int) {
     pthread_exit(nullptr);
+}
+
+static bool g_clockStopped = false;
+
+/* The calendar clock of the C library, which the library asks as well, stands with the clocks of the host. */
+extern "C" __attribute__((visibility("default"))) time_t time(time_t *result) noexcept {
+    timespec now = {1709801100, 0};
+    if (!g_clockStopped)
+        clock_gettime(CLOCK_REALTIME, &now);
+    if (result != nullptr)
+        *result = now.tv_sec;
+    return now.tv_sec;
 }
 
 namespace host_scenarios {
@@ -134,6 +147,7 @@ void KeepPartialMessages(Transcript &log) {
 
 void StopClocks() {
     static kit::VirtualClock clock;
+    g_clockStopped = true;
     clock.SetBoot(1000, 5);
     clock.SetCalendar({2024, 3, 7}, {9, 5, 0, 0}, 7);
     kit::Op<QAL_SystimeGet>().Does([](QAL_SYSTIME_S *time) {

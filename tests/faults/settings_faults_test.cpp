@@ -56,6 +56,14 @@ TEST(VersionFaults, ABannerThatCannotBeWrittenIsReportedOnce) {
     EXPECT_STREQ("as it was", output);
 }
 
+TEST(VersionFaults, ABannerWhoseSecondLineCannotBeWrittenIsReportedAndHasTheFirst) {
+    char output[512];
+    kit::SecondPrintFault fault;
+    EXPECT_EQ(output, UVEL_VersionInfoFmt(output, "P", "V1", "T"));
+    EXPECT_EQ(kVersionAssert, kit::TakeAsserts());
+    EXPECT_STREQ("\r\n\r\nP Software, Version V1", output);
+}
+
 TEST(PrivateLogFaults, ATimeThatCannotBeWrittenIsSilent) {
     char buffer[64] = "as it was";
     kit::PrintFault fault(kit::Variadic::SPRINTF_S);

@@ -2,6 +2,8 @@
 
 #include "jump.h"
 
+#include <cstdarg>
+
 KIT_TRAMPOLINE(memcpy_s)
 KIT_TRAMPOLINE(memmove_s)
 KIT_TRAMPOLINE(memset_s)
@@ -18,6 +20,18 @@ namespace {
 
 int Failing(...) {
     return -1;
+}
+
+void *g_beforeSecond;
+
+/* Works once and brings Failing into its place. */
+int WorkingOnce(char *dest, size_t destMax, const char *format, ...) {
+    kit_slot_snprintf_truncated_s = reinterpret_cast<void *>(&Failing);
+    va_list list;
+    va_start(list, format);
+    const int length = vsnprintf_truncated_s(dest, destMax, format, list);
+    va_end(list);
+    return length;
 }
 
 void **SlotOf(kit::Variadic function) {
@@ -60,6 +74,15 @@ PrintFault::PrintFault(Variadic function) : slot_(SlotOf(function)), before_(*sl
 
 PrintFault::~PrintFault() {
     *slot_ = before_;
+}
+
+SecondPrintFault::SecondPrintFault() {
+    g_beforeSecond = kit_slot_snprintf_truncated_s;
+    kit_slot_snprintf_truncated_s = reinterpret_cast<void *>(&WorkingOnce);
+}
+
+SecondPrintFault::~SecondPrintFault() {
+    kit_slot_snprintf_truncated_s = g_beforeSecond;
 }
 
 } // namespace kit

@@ -2,6 +2,7 @@
  *
  *     kit::Op<memcpy_s>().FailsOn(1, 34);                  // typed functions: as any host operation
  *     kit::PrintFault fault(kit::Variadic::SPRINTF_S);     // variadic ones: every call gives -1 while this lives
+ *     kit::SecondPrintFault fault;                         // the first call of snprintf_truncated_s works
  */
 #ifndef UVEL_TESTS_KIT_SECUREC_FAULTS_H
 #define UVEL_TESTS_KIT_SECUREC_FAULTS_H
@@ -24,6 +25,14 @@ class PrintFault {
   private:
     void **slot_;
     void *before_;
+};
+
+class SecondPrintFault {
+  public:
+    SecondPrintFault();
+    ~SecondPrintFault();
+    SecondPrintFault(const SecondPrintFault &) = delete;
+    SecondPrintFault &operator=(const SecondPrintFault &) = delete;
 };
 
 } // namespace kit

@@ -4,6 +4,7 @@
 
 #include <cstring>
 #include <map>
+#include <mutex>
 #include <set>
 #include <unistd.h>
 #include <uvelcommon_base/kivo_event_records.h>
@@ -19,12 +20,20 @@ namespace {
 
 using Events = std::vector<std::string>;
 
+/* Some callbacks run on the task of the host that notifies. */
+std::mutex g_lock;
 Events g_events;
 
 void Note(const char *format, auto... values) {
     char text[128];
     std::snprintf(text, sizeof text, format, values...);
+    const std::lock_guard lock(g_lock);
     g_events.push_back(text);
+}
+
+Events NotedSoFar() {
+    const std::lock_guard lock(g_lock);
+    return g_events;
 }
 
 uint32_t OnIf(uint32_t subEvent, void *data) {
@@ -89,17 +98,22 @@ class KernelEvents : public testing::Test {
 
     /* What the callbacks received until there were as many as expected: the kernel reports some things a little later. */
     std::multiset<std::string> After(const std::string &command, std::size_t count) {
-        g_events.clear();
+        {
+            const std::lock_guard lock(g_lock);
+            g_events.clear();
+        }
         Ip(command);
+        Events noted;
         for (int waited = 0; waited < 1000; ++waited) {
             EXPECT_EQ(0u, NLF_Sync(feeder, 10000));
             EXPECT_EQ(0u, MDL_Drain(10000));
             (void)UVEL_EVENT_QueReadWithEvent();
-            if (g_events.size() >= count)
+            noted = NotedSoFar();
+            if (noted.size() >= count)
                 break;
             usleep(5000);
         }
-        return {g_events.begin(), g_events.end()};
+        return {noted.begin(), noted.end()};
     }
 
     NLF_FEEDER *feeder = nullptr;

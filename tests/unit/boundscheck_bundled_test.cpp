@@ -359,6 +359,42 @@ TEST(BoundscheckBundled, FloatingPointNumbersEndAtTheirWidth) {
     EXPECT_EQ(0, SCAN((std::string(1500, '1') + ".5").c_str(), "%1400lf", &first));
 }
 
+TEST(BoundscheckBundled, NumbersThatAreNoneMayHaveAPayload) {
+    for (const char *text : {"nan", "NaN!", "-nan", "nan()", "nan(0x1_b)"}) {
+        SCOPED_TRACE(text);
+        double number = 77;
+        EXPECT_EQ(1, SCAN(text, "%lf", &number));
+        EXPECT_TRUE(std::isnan(number));
+    }
+    double number = 77;
+    EXPECT_EQ(0, SCAN("nan(-)", "%lf", &number));
+    EXPECT_EQ(77, number);
+}
+
+TEST(BoundscheckBundled, AFloatingPointNumberMayBeSkippedAndNeedsInput) {
+    double number = 77;
+    EXPECT_EQ(1, SCAN("1.5e-3 2e+2", "%*lf%lf", &number));
+    EXPECT_EQ(200, number);
+    EXPECT_EQ(-1, SCAN("  ", "%lf", &number));
+    EXPECT_EQ(1, SCAN("25e-1", "%lf", &number));
+    EXPECT_EQ(2.5, number);
+}
+
+TEST(BoundscheckBundled, APointerIsReadAsItIsPrinted) {
+    int target = 0;
+    char text[32];
+    ASSERT_LT(0, PRINT(text, sizeof(text), "%p", static_cast<void *>(&target)));
+    void *read = nullptr;
+    EXPECT_EQ(1, SCAN(text, "%p", &read));
+    EXPECT_EQ(static_cast<void *>(&target), read);
+}
+
+TEST(BoundscheckBundled, ACountThatIsNotAssignedNeedsNoPlace) {
+    int number = 77;
+    EXPECT_EQ(1, SCAN("ab12", "ab%*n%d", &number));
+    EXPECT_EQ(12, number);
+}
+
 TEST(BoundscheckBundled, NumbersBeyond64BitsBecomeTheNearest) {
     long long number = 77;
     unsigned long long natural = 77;

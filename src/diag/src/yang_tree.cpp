@@ -9,6 +9,7 @@
 #include <libxml/parser.h>
 #include <libxml/tree.h>
 #include <libxml/xmlerror.h>
+#include <pthread.h>
 #include <securec.h>
 
 static_assert(sizeof(NAC_YANG_REQUEST_S) == 8);
@@ -30,7 +31,10 @@ struct XML_WATCH_S {
     bool bNoMemory;
 };
 
+/* Goes before every use of libxml2, which wants to be set up by one thread before several of them use it. */
 static void BeginWatch(XML_WATCH_S *pstWatch) {
+    static pthread_once_t s_stSetUp = PTHREAD_ONCE_INIT;
+    (void)pthread_once(&s_stSetUp, xmlInitParser);
     pstWatch->pfBefore = xmlStructuredError;
     pstWatch->pBefore = xmlStructuredErrorContext;
     pstWatch->bNoMemory = false;

@@ -185,7 +185,7 @@ static uint32_t ComeUp() {
     if (!WaitForStartBit())
         return __LINE__;
     if (UVEL_EVENT_Init() != KIVO_OK)
-        return __LINE__;
+        return __LINE__; // unreachable: what fails in it is fatal there
     if (QAL_EventWrite(OXM_GetTaskFollowMe(), UVEL_EVENT_START_BIT) != 0)
         return __LINE__;
     if (!WaitForStartBit())

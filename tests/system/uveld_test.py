@@ -27,6 +27,22 @@ device:
     - {index: 8, name: port8, state: down}
 """
 
+WHOLE_DEVICE = """
+device:
+  boards:
+    - {slot: 1, role: main, cpus: 2}
+    - {slot: 3, role: service, cpus: 4}
+  vrfs: [{index: 1, name: blue, system: true}]
+  vlans: [{id: 20}, {id: 100-101}]
+  interfaces:
+    - {index: 7, name: port7, layer: 2, port-index: auto, state: up, vlans: {untagged: [20], tagged: [100-101]}}
+    - {index: 8, name: port8, layer: 2, port-index: auto, state: down, vlans: {tagged: [20, 101]}}
+    - {index: 100, name: trunk1}
+    - {index: 200, name: Vlanif20, kind: vlan, vlan: 20, state: up,
+       addresses: [192.0.2.1/24, 192.0.2.9/24, "2001:db8::1/64", "2001:db8::2/64"]}
+  trunks: [{id: 1, interface: 100, members: [7, 8]}]
+"""
+
 
 class Uveld(unittest.TestCase):
     def setUp(self):
@@ -41,9 +57,12 @@ class Uveld(unittest.TestCase):
 
     def end_all(self):
         for process in self.processes:
-            if process.poll() is None:
+            process.terminate()
+            try:
+                process.wait(20)
+            except subprocess.TimeoutExpired:
                 process.kill()
-            process.wait()
+                process.wait()
             process.stderr.close()
 
     def spawn(self, environment=None):
@@ -185,6 +204,22 @@ class Uveld(unittest.TestCase):
         self.assertEqual({"sessions"}, {row["owner"] for row in self.view("callbacks")})
         self.assertEqual(46, len([row for row in self.view("hooks", "installed")]))
         self.assertEqual("edge-1", {row["name"]: row["value"] for row in self.view("device")}["name"])
+
+    def rows(self, view, *columns):
+        return [[row[column] for column in columns] for row in self.view(view)]
+
+    def test_views_show_a_whole_device(self):
+        (self.folder / "device.yaml").write_text(WHOLE_DEVICE)
+        self.start()
+        addresses = ["192.0.2.1/24", "192.0.2.9/24", "2001:db8::1/64", "2001:db8::2/64"]
+        self.assertEqual([[7, 2, None, []], [8, 2, None, []], [100, 3, None, []], [200, 3, 20, addresses]],
+                         self.rows("interfaces", "index", "layer", "vlan", "addresses"))
+        self.assertEqual([[20, ["port7", "port8"]], [100, ["port7"]], [101, ["port7", "port8"]]],
+                         self.rows("vlans", "vlan", "ports"))
+        self.assertEqual([["20", "100-101"], ["-", "20,101"]], self.rows("ports", "untagged", "tagged"))
+        self.assertEqual([[1, 100, [7, 8]]], self.rows("trunks", "trunk", "interface", "members"))
+        self.assertEqual([[1, "blue", True]], self.rows("vrfs", "index", "name", "virtual_system"))
+        self.assertEqual([[1, "main", 2], [3, "service", 4]], self.rows("boards", "slot", "role", "cpus"))
 
     def test_uvelctl_says_when_there_is_no_uveld(self):
         result = self.uvelctl("show", "queues")

@@ -115,8 +115,12 @@ class States(Case):
         # the build may stand where others cannot look, in root's home for one
         program = shutil.copy(BUILD / "bin" / "uvelctl", self.folder)
         shutil.copy(BUILD / "lib" / "libuvelhost.so.1", self.folder)
+        counters = self.folder / "counters"  # of a build that counts coverage
+        counters.mkdir()
+        counters.chmod(0o777)
         self.fails("uveld.sock: Permission denied, it is for root alone", "show", "queues", program=program, user=65534,
-                   group=65534, extra_groups=[], env={**os.environ, "LD_LIBRARY_PATH": str(self.folder)})
+                   group=65534, extra_groups=[],
+                   env={**os.environ, "LD_LIBRARY_PATH": str(self.folder), "GCOV_PREFIX": str(counters)})
 
     def test_many_look_at_once(self):
         self.service.start()

@@ -118,7 +118,10 @@ class Service:
         return self.process.wait(seconds), time.monotonic() - begin
 
     def freeze(self):
+        """Returns when all of its threads have stopped, which they do a little after the signal was sent."""
         self.process.send_signal(signal.SIGSTOP)
+        threads = pathlib.Path(f"/proc/{self.process.pid}/task")
+        wait_until(lambda: all(stat.read_text().rpartition(")")[2].split()[0] == "T" for stat in threads.glob("*/stat")))
 
     def thaw(self):
         self.process.send_signal(signal.SIGCONT)

@@ -142,6 +142,8 @@ RangeReply ReadRange(std::string_view text, const std::string &prefix) {
     reply.is_last = !FlagIn(json, "more") || kvs.empty();
     if (!kvs.empty())
         reply.last_key = BytesIn(kvs.back(), "key");
+    if (!reply.is_last && reply.last_key.empty()) /* the next page would be this one again, without end */
+        NoSense("more");
     return reply;
 }
 

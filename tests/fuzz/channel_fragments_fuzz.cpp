@@ -5,11 +5,13 @@
 
 #include <algorithm>
 #include <cstring>
+#include <dlfcn.h>
 #include <set>
 
 #include <uvelcommon_base/kivo_chi_reassembly.h>
 #include <uvelcommon_base/kivo_hooks.h>
 #include <uvelhost/assert.h>
+#include <uvelhost/memory.h>
 
 #include "fuzz_input.h"
 
@@ -20,6 +22,15 @@ namespace {
 
 constexpr uint32_t TOTAL_OFFSET = 32;
 constexpr uint32_t LARGEST = 1 << 16; /* of an announced message, to spare the machine */
+
+} // namespace
+
+extern "C" void *QAL_MemAlloc(uint32_t handle, uint8_t partition, uint32_t size) {
+    static const auto allocate = reinterpret_cast<decltype(&QAL_MemAlloc)>(dlsym(RTLD_NEXT, "QAL_MemAlloc"));
+    return size > LARGEST ? nullptr : allocate(handle, partition, size);
+}
+
+namespace {
 
 struct Smbuf {
     uint32_t size;

@@ -2,6 +2,7 @@
 #include <uvelhost/confdb.h>
 #include <uvelhost/confdb_writer.h>
 
+#include <algorithm>
 #include <memory>
 #include <mutex>
 #include <shared_mutex>
@@ -18,6 +19,7 @@ using namespace uvel::host;
 using namespace uvel::host::confdb;
 
 struct DB_CONN {
+    std::string endpoint;
     std::unique_ptr<Connection> connection;
     std::atomic<uint32_t> subscriptions{0};
 };
@@ -35,16 +37,28 @@ class Registry {
     DB_CONN_S *Add(std::unique_ptr<DB_CONN_S> connection) {
         const int descriptor = connection->connection->Descriptor();
         std::unique_lock lock(mutex_);
-        in_order_.push_back(connection.get());
+        in_order_.reserve(in_order_.size() + 1);
+        DB_CONN_S *added = connections_.emplace(descriptor, std::move(connection)).first->second.get();
+        in_order_.push_back(added);
         latest_failure_.clear();
-        return connections_.emplace(descriptor, std::move(connection)).first->second.get();
+        return added;
+    }
+    /* One that was opened for the same endpoint and client and that nothing was subscribed on, or null. */
+    DB_CONN_S *FindUnused(const char *endpoint, const char *client) {
+        std::shared_lock lock(mutex_);
+        const auto unused = [&](const auto &entry) {
+            const DB_CONN_S &one = *entry.second;
+            return one.subscriptions == 0 && one.endpoint == endpoint && one.connection->Client() == client;
+        };
+        const auto found = std::find_if(connections_.begin(), connections_.end(), unused);
+        return found == connections_.end() ? nullptr : found->second.get();
     }
     const DB_CONN_S *Number(uint32_t number) {
         std::shared_lock lock(mutex_);
         return number < in_order_.size() ? in_order_[number] : nullptr;
     }
     /* Who cannot open a connection tries again: the same reason is told once. */
-    bool IsNews(const std::string &failure) {
+    bool IsNews(const char *failure) {
         std::unique_lock lock(mutex_);
         return std::exchange(latest_failure_, failure) != failure;
     }
@@ -66,6 +80,15 @@ Registry &TheRegistry() {
     return *registry;
 }
 
+void ReportFailure(const char *client, const char *failure) noexcept {
+    try {
+        if (TheRegistry().IsNews(failure))
+            ReportText("configuration database of %s: %s", client, failure);
+    } catch (const std::bad_alloc &) {
+        /* Without memory to tell it, the caller has the result all the same. */
+    }
+}
+
 } // namespace
 
 uint32_t db_create_sub_connect(const DB_CONN_DESC_S *pstDesc, DB_CONNECT_CB pfConnect, DB_CONN_S **ppstConn) {
@@ -73,12 +96,16 @@ uint32_t db_create_sub_connect(const DB_CONN_DESC_S *pstDesc, DB_CONNECT_CB pfCo
         return 1;
     const char *client = pstDesc->pszClient == nullptr ? "" : pstDesc->pszClient;
     try {
-        auto made = std::make_unique<DB_CONN>();
-        made->connection = OpenConnection(ParseEndpoint(pstDesc->pszEndpoint), client);
-        *ppstConn = TheRegistry().Add(std::move(made));
+        DB_CONN_S *connection = TheRegistry().FindUnused(pstDesc->pszEndpoint, client);
+        if (connection == nullptr) {
+            auto made = std::make_unique<DB_CONN>();
+            made->endpoint = pstDesc->pszEndpoint;
+            made->connection = OpenConnection(ParseEndpoint(pstDesc->pszEndpoint), client);
+            connection = TheRegistry().Add(std::move(made));
+        }
+        *ppstConn = connection;
     } catch (const std::exception &error) {
-        if (TheRegistry().IsNews(error.what()))
-            ReportText("configuration database of %s: %s", client, error.what());
+        ReportFailure(client, error.what());
         return 1;
     }
     pfConnect((*ppstConn)->connection->Descriptor(), 0);
@@ -113,12 +140,10 @@ uint32_t db_get_state(uint32_t ulNumber, DB_CONN_STATE_S *pstState) {
     const DB_CONN_S *found = TheRegistry().Number(ulNumber);
     if (found == nullptr || pstState == nullptr)
         return 1;
-    const Connection::Health health = found->connection->GetHealth();
     *pstState = {};
     found->connection->Client().copy(pstState->szClient, sizeof pstState->szClient - 1);
-    health.trouble.copy(pstState->szTrouble, sizeof pstState->szTrouble - 1);
     pstState->ulSubscriptions = found->subscriptions.load();
-    pstState->ulOutages = health.outages;
+    pstState->ulOutages = found->connection->GetHealth(pstState->szTrouble);
     return UVELHOST_OK;
 }
 

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <new>
 #include <sys/epoll.h>
 #include <sys/eventfd.h>
 #include <sys/timerfd.h>
@@ -87,34 +88,45 @@ void Connection::TakeNew() {
     OnNewSubscriptions();
 }
 
+void Connection::TakeReady() {
+    epoll_event events[BATCH];
+    const int ready = epoll_wait(poller_.Get(), events, BATCH, 0);
+    for (int i = 0; i < ready; ++i) {
+        if (events[i].data.fd == news_.Get()) {
+            TakeCount(news_.Get());
+            TakeNew();
+        } else {
+            OnReady(events[i].data.fd, events[i].events);
+        }
+    }
+}
+
 bool Connection::Handle() {
     if (is_busy_.test_and_set(std::memory_order_acquire))
         return false;
     try {
-        epoll_event events[BATCH];
-        const int ready = epoll_wait(poller_.Get(), events, BATCH, 0);
-        for (int i = 0; i < ready; ++i) {
-            if (events[i].data.fd == news_.Get()) {
-                TakeCount(news_.Get());
-                TakeNew();
-            } else {
-                OnReady(events[i].data.fd, events[i].events);
-            }
-        }
+        TakeReady();
     } catch (const std::exception &error) {
-        OnFailure(error.what());
+        try {
+            ReportOutage(TroubleOf(error.what()));
+        } catch (const std::bad_alloc &) {
+            /* Without memory to tell it, it is tried again all the same. */
+        }
+        OnFailure();
     }
     is_busy_.clear(std::memory_order_release);
     return true;
 }
 
 void Connection::ReportOutage(const std::string &reason) {
+    const bool begins = outage_.empty();
+    const bool is_news = outage_.insert(reason).second;
     {
         const std::lock_guard lock(mutex_);
-        health_.outages += outage_.empty() ? 1 : 0;
-        health_.trouble = reason;
+        outages_ += begins ? 1 : 0;
+        trouble_ = reason;
     }
-    if (outage_.insert(reason).second)
+    if (is_news)
         ReportText("configuration database of %s: %s", client_.c_str(), reason.c_str());
 }
 
@@ -124,14 +136,15 @@ void Connection::ReportRecovery() {
     outage_.clear();
     {
         const std::lock_guard lock(mutex_);
-        health_.trouble.clear();
+        trouble_.clear();
     }
     ReportText("configuration database of %s: back", client_.c_str());
 }
 
-Connection::Health Connection::GetHealth() const {
+uint32_t Connection::GetHealth(std::span<char> trouble) const {
     const std::lock_guard lock(mutex_);
-    return health_;
+    trouble[trouble_.copy(trouble.data(), trouble.size() - 1)] = '\0';
+    return outages_;
 }
 
 std::unique_ptr<Connection> OpenConnection(const Endpoint &endpoint, const std::string &client) {

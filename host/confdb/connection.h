@@ -8,6 +8,7 @@
 #include <memory>
 #include <mutex>
 #include <set>
+#include <span>
 #include <string>
 
 #include "confdb/descriptor.h"
@@ -58,12 +59,9 @@ class Connection {
 
     void Add(std::unique_ptr<Subscription> subscription);
 
-    /* What is wrong while the database is out of reach, otherwise empty; how often it was. Any thread. */
-    struct Health {
-        std::string trouble;
-        uint32_t outages = 0;
-    };
-    Health GetHealth() const;
+    /* What is wrong while the database is out of reach, otherwise empty, terminated and cut to the room; how often it
+     * was. Any thread. */
+    uint32_t GetHealth(std::span<char> trouble) const;
 
     const std::string &Client() const { return client_; }
 
@@ -76,8 +74,12 @@ class Connection {
     virtual void OnNewSubscriptions() = 0;
     virtual void OnReady(int descriptor, uint32_t events) = 0;
 
-    /* Something could not be done for want of memory and the like: everything is to be read again, after a pause. */
-    virtual void OnFailure(const std::string &reason) = 0;
+    /* Something could not be done for want of memory and the like: everything is to be read again, after a pause. Takes
+     * no memory. */
+    virtual void OnFailure() noexcept = 0;
+
+    /* What is told of a failure. */
+    virtual std::string TroubleOf(const char *reason) const { return reason; }
 
     Poller &Events() { return poller_; }
     std::list<std::unique_ptr<Subscription>> &Subscriptions() { return subscriptions_; }
@@ -88,6 +90,7 @@ class Connection {
 
   private:
     void TakeNew();
+    void TakeReady();
 
     std::string client_;
     Poller poller_;
@@ -98,7 +101,8 @@ class Connection {
 
     mutable std::mutex mutex_; /* guards what follows */
     std::list<std::unique_ptr<Subscription>> new_;
-    Health health_;
+    std::string trouble_;
+    uint32_t outages_ = 0;
 };
 
 /* Throws StoreError for a database that cannot be used; one that cannot be reached at the moment can be. */

@@ -94,8 +94,11 @@ void EtcdConnection::JudgeNode() {
         throw StoreError("does not confirm a watch");
 }
 
-void EtcdConnection::OnFailure(const std::string &reason) {
-    ReportOutage(reason.starts_with(Node()) ? reason : Node() + ": " + reason);
+std::string EtcdConnection::TroubleOf(const char *reason) const {
+    return std::string_view(reason).starts_with(Node()) ? reason : Node() + ": " + reason;
+}
+
+void EtcdConnection::OnFailure() noexcept {
     http_.Stop(question_);
     for (auto &stream : streams_)
         stream->Stop();

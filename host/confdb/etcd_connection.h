@@ -21,7 +21,8 @@ class EtcdConnection : public Connection {
   private:
     void OnNewSubscriptions() override;
     void OnReady(int descriptor, uint32_t events) override;
-    void OnFailure(const std::string &reason) override;
+    void OnFailure() noexcept override;
+    std::string TroubleOf(const char *reason) const override;
 
     const std::string &Node() const { return endpoint_.urls[node_]; }
     void MakeStreams();

@@ -68,7 +68,7 @@ bool SqliteConnection::FollowPath() {
 void SqliteConnection::ReadTables() {
     for (auto &subscription : Subscriptions()) {
         if (subscription->NeedsSnapshot())
-            subscription->Replace(database_->List(subscription->Table()));
+            subscription->Replace(database_->ListOpened(subscription->Table()));
     }
 }
 
@@ -89,8 +89,7 @@ void SqliteConnection::ReadChanges() {
     }
 }
 
-void SqliteConnection::OnFailure(const std::string &reason) {
-    ReportOutage(reason);
+void SqliteConnection::OnFailure() noexcept {
     wake_up_.reset();
     database_.reset();
     timer_.Start(LOOK_EVERY);

@@ -17,7 +17,7 @@ class SqliteConnection : public Connection {
   private:
     void OnNewSubscriptions() override;
     void OnReady(int descriptor, uint32_t events) override;
-    void OnFailure(const std::string &reason) override;
+    void OnFailure() noexcept override;
 
     void Open(SqliteDatabase::WhenBusy when_busy);
     bool FollowPath();

@@ -179,6 +179,10 @@ std::optional<Item> SqliteDatabase::Get(const Name &name) {
 
 Snapshot SqliteDatabase::List(const std::string &table) {
     FollowPath();
+    return ListOpened(table);
+}
+
+Snapshot SqliteDatabase::ListOpened(const std::string &table) {
     Transaction transaction(database_.get(), "BEGIN");
     Snapshot snapshot;
     {

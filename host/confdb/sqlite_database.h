@@ -33,6 +33,9 @@ class SqliteDatabase : public Store {
     std::optional<Item> Get(const Name &name) override;
     Snapshot List(const std::string &table) override;
 
+    /* The same of the file that is open, wherever its path leads. */
+    Snapshot ListOpened(const std::string &table);
+
     /* At most `limit` changes that came after a revision, in their order; nothing when the log does not reach back so
      * far or the database has gone back to an older state. */
     std::optional<std::vector<Item>> ChangesAfter(uint64_t revision, std::size_t limit);

@@ -93,6 +93,24 @@ TEST_F(ConfdbClient, AConnectionHandsOutADescriptorThatIsReadyWhenThereIsSomethi
     EXPECT_EQ(DB_CHANGE_PRESENT, g_first[0].change);
 }
 
+TEST_F(ConfdbClient, WhoCouldNotGoOnAfterOpeningGetsTheSameConnectionAgain) {
+    DB_CONN_S *const connection = Connect();
+    for (int i = 0; i < 10; ++i)
+        EXPECT_EQ(connection, Connect());
+    ASSERT_EQ(11u, g_descriptors.size());
+    for (const auto &told : g_descriptors)
+        EXPECT_EQ(g_descriptors[0], told) << "it is to be watched again";
+    DB_CONN_S *other = nullptr;
+    const DB_CONN_DESC_S desc{endpoint.c_str(), "another test", {}};
+    EXPECT_EQ(0u, db_create_sub_connect(&desc, OnDescriptor, &other));
+    EXPECT_NE(connection, other);
+
+    Subscribe(connection, "t", First);
+    DB_CONN_S *const next = Connect();
+    EXPECT_NE(connection, next) << "that one is in use";
+    EXPECT_EQ(next, Connect());
+}
+
 TEST_F(ConfdbClient, EachSubscriptionHearsItsOwnTable) {
     DB_CONN_S *connection = Connect();
     const uint32_t first = Subscribe(connection, "a", First);

@@ -61,7 +61,8 @@ typedef struct {
 /* Opens a connection for subscriptions and writes its handle, which is valid for the life of the process. pfConnect is
  * called for each of its descriptors. Fails for null arguments, an endpoint that the client does not understand or
  * cannot use, and when resources are short; everything it had opened is then closed (and pfConnect told), so the caller
- * may try again later. */
+ * may try again later. A caller who could not go on after opening may try again too: a connection that nothing was
+ * subscribed on is given to whoever opens one for the same endpoint and client. */
 UVELHOST_API uint32_t db_create_sub_connect(const DB_CONN_DESC_S *pstDesc, DB_CONNECT_CB pfConnect,
                                             DB_CONN_S **ppstConn);
 

@@ -1,5 +1,7 @@
 #include <uvelhost/epoll.h>
 
+#include "os/run_delay.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
@@ -38,6 +40,16 @@ int WaitThroughSignals(int set, epoll_event *events, int room, int timeout_ms) {
     }
 }
 
+/* The same, and a wait that was one is noted as sleep. */
+int WaitOrSleep(int set, epoll_event *events, int room, int timeout_ms) {
+    int ready = WaitThroughSignals(set, events, room, 0);
+    if (ready == 0 && timeout_ms != 0) {
+        ready = WaitThroughSignals(set, events, room, timeout_ms);
+        uvel::host::NoteSlept();
+    }
+    return ready;
+}
+
 } // namespace
 
 int32_t MESH_EpollCreate(void) {
@@ -61,7 +73,7 @@ int32_t MESH_EpollWait(int32_t lEpFd, MESH_EPOLL_EVENT_S *pstEvents, uint32_t ul
         return -1;
     epoll_event found[MOST_AT_ONCE];
     const int room = static_cast<int>(std::min(ulMax, MOST_AT_ONCE));
-    const int ready = WaitThroughSignals(lEpFd, found, room, std::max(lTimeoutMs, -1));
+    const int ready = WaitOrSleep(lEpFd, found, room, std::max(lTimeoutMs, -1));
     for (int i = 0; i < ready; ++i) {
         pstEvents[i] = {};
         pstEvents[i].ulEvents = EventsOf(found[i].events);

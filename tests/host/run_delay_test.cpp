@@ -9,6 +9,7 @@
 #include <sys/syscall.h>
 #include <thread>
 #include <unistd.h>
+#include <uvelhost/epoll.h>
 #include <uvelhost/queue.h>
 
 static thread_local unsigned t_yields;
@@ -115,6 +116,16 @@ TEST(HostRunDelay, SleepingForAQueueStartsAnew) {
         ASSERT_EQ(0u, QAL_QueueCreate("delay", 4, 4, &queue));
         EXPECT_TRUE(GoesOnAfter([&] { EXPECT_NE(0u, QAL_QueueRead(queue, &element, 4, 15)); }));
         EXPECT_EQ(0u, QAL_QueueDelete(queue));
+    });
+}
+
+TEST(HostRunDelay, SleepingForDescriptorsStartsAnew) {
+    OnFreshTask([] {
+        const int32_t set = MESH_EpollCreate();
+        MESH_EPOLL_EVENT_S event;
+        EXPECT_TRUE(GoesOnAfter([&] { EXPECT_EQ(0, MESH_EpollWait(set, &event, 1, 15)); }));
+        EXPECT_FALSE(GoesOnAfter([&] { EXPECT_EQ(0, MESH_EpollWait(set, &event, 1, 0)); }));
+        EXPECT_EQ(0u, MESH_Close(set));
     });
 }
 

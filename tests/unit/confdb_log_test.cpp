@@ -47,6 +47,21 @@ TEST(ConfdbLog, NamesTheValueThatWasNotTakenAndWhy) {
     EXPECT_EQ(Lines{"0 KIVO_SysMacCallback memcpy system_mac_number fail, ret:162 \n"}, TakeLines());
 }
 
+/* No query reads the number; in this file it can be seen. */
+TEST(ConfdbLog, TheNumberOfAddressesIsKeptWhenALongerOneIsRefused) {
+    const auto told = [](const std::vector<uint8_t> &value) {
+        const DB_KV_S number{"system_mac_number", value.data(), static_cast<uint32_t>(value.size()), DB_CHANGE_CHANGED};
+        KIVO_SysMacCallback(&number);
+        return g_ulSysMacNumber;
+    };
+    EXPECT_EQ(16u, told({16, 0, 0, 0}));
+    EXPECT_EQ(16u, told({1, 2, 3, 4, 5}));
+    EXPECT_EQ(Lines{"0 KIVO_SysMacCallback memcpy system_mac_number fail, ret:162 \n"}, TakeLines());
+    EXPECT_EQ(16u, told({}));
+    EXPECT_EQ(0x04030201u, told({1, 2, 3, 4}));
+    EXPECT_EQ(Lines{}, TakeLines());
+}
+
 TEST(ConfdbLog, TellsAValueThatIsMissing) {
     const DB_KV_S name{"sys_name", nullptr, 4, DB_CHANGE_CHANGED};
     KIVO_SysNameCallback(&name);

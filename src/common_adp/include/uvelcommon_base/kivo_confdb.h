@@ -10,7 +10,7 @@
  *     UVEL_GetSysMacAddr(aucMac);
  *
  * Ownership: results are copied to the caller.
- * Threads: any; the copies are read and written without a lock, so a reader may see a value half changed. Opening is
+ * Threads: any; the copies are read without a lock, so a reader may see a value half changed. Opening is
  * not locked either: let one thread make the first query.
  * Errors: a query always delivers, zeros or an empty text when nothing is known. An opening that fails leaves nothing
  * open and is tried again by the next query that needs it. */

@@ -231,13 +231,18 @@ TEST_F(Devices, SurviveWhatHappensToThem) {
 }
 
 /* The encrypted stream is cut after n bytes of a connection, for every n: in the handshake, the introduction, messages
- * and acknowledgements. */
-TEST_F(PatientDevices, SurviveACutAfterAnyByteOfAConnection) {
+ * and acknowledgements. Most of it is waiting for the next connection, so there are shares of it that run side by side. */
+class CutDevices : public PatientDevices, public testing::WithParamInterface<uint64_t> {
+  public:
+    static constexpr uint64_t SHARES = 8;
+};
+
+TEST_P(CutDevices, SurviveACutAfterAnyByteOfAConnection) {
     ASSERT_TRUE(InStep());
     uint32_t version = 0;
     const uint64_t step = LongTests() ? 1 : 331;
     for (const bool from_client : {true, false}) {
-        for (uint64_t bytes = 1; bytes <= 4096; bytes += step) {
+        for (uint64_t bytes = 1 + GetParam() * step; bytes <= 4096; bytes += SHARES * step) {
             proxy.CutAfter(from_client ? bytes : UINT64_MAX, from_client ? UINT64_MAX : bytes);
             const uint64_t connections = proxy.Connections();
             proxy.Cut(false);
@@ -256,6 +261,8 @@ TEST_F(PatientDevices, SurviveACutAfterAnyByteOfAConnection) {
     EXPECT_EQ(0u, a.Counter("violations"));
     EXPECT_EQ(0u, b.Counter("violations"));
 }
+
+INSTANTIATE_TEST_SUITE_P(Share, CutDevices, testing::Range<uint64_t>(0, CutDevices::SHARES));
 
 } // namespace
 

@@ -4,12 +4,14 @@
 #include "ipc/message.h"
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <thread>
 #include <unistd.h>
 
 namespace uvel::host {
@@ -33,7 +35,9 @@ struct flock WholeFile(short type) {
     return lock;
 }
 
-constexpr std::size_t LINE = 27; /* "%08x %08x %08x\n" */
+constexpr std::size_t LINE = 27;                    /* "%08x %08x %08x\n" */
+constexpr std::chrono::milliseconds PATIENCE{1000}; /* with whoever sweeps: it holds a file while it unlinks two */
+constexpr std::chrono::milliseconds PAUSE{1};
 
 } // namespace
 
@@ -80,7 +84,8 @@ bool NodeFolder::Claim() {
         return true;
     if (!Open())
         return false;
-    for (int attempt = 0; attempt < 100; ++attempt) {
+    const auto deadline = std::chrono::steady_clock::now() + PATIENCE;
+    do {
         const int file = openat(folder_, FileName(SelfNode()).c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600);
         if (file < 0)
             break;
@@ -90,7 +95,8 @@ bool NodeFolder::Claim() {
             return true;
         }
         close(file);
-    }
+        std::this_thread::sleep_for(PAUSE);
+    } while (std::chrono::steady_clock::now() < deadline);
     ReportText("%.512s/%u.node: %s", path_.c_str(), SelfNode(), std::strerror(errno));
     return false;
 }
@@ -100,6 +106,7 @@ void NodeFolder::Leave() {
         Sweep(own_node_);
 }
 
+/* Only who has locked the node's file sweeps: a process that comes up with this number waits until that is done. */
 void NodeFolder::Sweep(uint32_t node) const {
     unlink(SocketPath(node).c_str());
     unlinkat(folder_, FileName(node).c_str(), 0);
@@ -119,7 +126,7 @@ bool NodeFolder::Lives(int file, uint32_t node) const {
 
 void NodeFolder::ReadFile(uint32_t node, std::vector<Component> &components) const {
     const bool own = own_file_ >= 0 && node == own_node_;
-    const int file = own ? own_file_ : openat(folder_, FileName(node).c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC);
+    const int file = own ? own_file_ : openat(folder_, FileName(node).c_str(), O_RDWR | O_NOFOLLOW | O_CLOEXEC);
     if (file < 0)
         return;
     if (own || Lives(file, node)) {
@@ -129,11 +136,11 @@ void NodeFolder::ReadFile(uint32_t node, std::vector<Component> &components) con
             if (std::sscanf(line, "%8x %8x %8x", &found.mid, &found.type, &found.slot) == 3)
                 components.push_back(found);
         }
-    } else {
+    } else if (LockFresh(file)) {
         Sweep(node);
     }
     if (!own)
-        close(file);
+        close(file); /* which unlocks it */
 }
 
 std::vector<Component> NodeFolder::Components() {

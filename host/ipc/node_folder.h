@@ -2,7 +2,7 @@
  *
  * Every process ("node") has a file <node>.node there, which it keeps locked for as long as it lives and in which it
  * notes the components it serves, and a socket <node>.sock. The kernel drops the lock with the process, however that
- * ends, so what the dead left behind is recognised, and swept away by whoever comes across it.
+ * ends, so what the dead left behind is recognised, and swept away by whoever comes across it and gets the lock.
  *
  * The folder is $UVELHOST_RUN_DIR; without that /run/uvelhost for root and $XDG_RUNTIME_DIR/uvelhost (failing that
  * /tmp/uvelhost-<uid>) for others. It must belong to the user and be writable for nobody else. */

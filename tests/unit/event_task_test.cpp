@@ -153,11 +153,39 @@ TEST_F(EventTask, AMessageOnTheTasksChannelIsQueued) {
     EXPECT_EQ(0u, IPC_FreeMsg(message));
 }
 
+TEST_F(EventTask, AMessageOnTheTasksChannelIsQueuedWhateverItsTypeSays) {
+    for (const uint32_t type : {0u, 1u, 0x7777u}) {
+        void *message = IPC_AllocMsg_X(1, 8);
+        UVEL_EVENT_IpcCallback(type, 3, CHANNEL, message, 8);
+        const UVEL_EVENT_ELEMENT_S element = Take();
+        EXPECT_EQ(type, element.ullMsgType);
+        EXPECT_EQ(message, element.pMsg);
+        EXPECT_EQ(8u, element.ullLength);
+        EXPECT_EQ(0u, IPC_FreeMsg(message));
+    }
+}
+
 TEST_F(EventTask, AMessageOnAForeignChannelIsFreedAndAsserted) {
-    UVEL_EVENT_IpcCallback(0xABCD1001, CHANNEL, CHANNEL + 1, IPC_AllocMsg_X(1, 20), 20);
-    EXPECT_EQ(MAIN, kit::TakeAsserts());
-    EXPECT_EQ(before, MessagesInUse());
-    EXPECT_TRUE(QueueIsEmpty());
+    for (const uint32_t type : {0xABCD1001u, 2u}) {
+        UVEL_EVENT_IpcCallback(type, CHANNEL, CHANNEL + 1, IPC_AllocMsg_X(1, 20), 20);
+        EXPECT_EQ(MAIN, kit::TakeAsserts());
+        EXPECT_EQ(before, MessagesInUse());
+        EXPECT_TRUE(QueueIsEmpty());
+    }
+    EXPECT_EQ(2u, kit::Op<IPC_FreeMsg>().Calls());
+}
+
+TEST_F(EventTask, AnEventMessageTooShortForItsHeaderIsFreedUnread) {
+    for (const uint32_t length : {0u, 11u}) {
+        UVEL_EVENT_IpcCallback(0xABCD1001, 3, CHANNEL, IPC_AllocMsg_X(1, length), length);
+        EXPECT_EQ(MAIN, kit::TakeAsserts());
+        EXPECT_EQ(before, MessagesInUse());
+        EXPECT_TRUE(QueueIsEmpty());
+    }
+    void *message = IPC_AllocMsg_X(1, 12);
+    UVEL_EVENT_IpcCallback(0xABCD1001, 3, CHANNEL, message, 12);
+    EXPECT_EQ(message, Take().pMsg) << "a header alone is an event without data";
+    EXPECT_EQ(0u, IPC_FreeMsg(message));
 }
 
 TEST_F(EventTask, AMessageToDiscardIsNotQueued) {
@@ -249,16 +277,14 @@ TEST_F(EventTask, AnEventElementWithoutAMessageIsLeftAlone) {
     EXPECT_EQ(0u, kit::Op<IPC_FreeMsg>().Calls());
 }
 
-TEST_F(EventTask, AnEventMessageTooShortForItsHeaderIsFreedUnread) {
-    EXPECT_EQ(0u, Register('A', 5, {.event = 0}));
-    for (const uint32_t length : {0u, 11u}) {
-        UVEL_EVENT_IpcCallback(0xABCD1001, 3, CHANNEL, IPC_AllocMsg_X(1, length), length);
-        const UVEL_EVENT_ELEMENT_S element = Take();
-        UVEL_EVENT_ProcessMsg(&element);
-        EXPECT_EQ(MAIN, kit::TakeAsserts());
-        EXPECT_EQ(before, MessagesInUse());
-    }
-    EXPECT_EQ("", Listeners::Called());
+TEST_F(EventTask, AnEventElementIsNotifiedWhateverItsLengthSays) {
+    EXPECT_EQ(0u, Register('A', 5));
+    EXPECT_EQ(0u, UVEL_EVENT_Api_SendEventMsg(20, 4, nullptr, 0));
+    UVEL_EVENT_ELEMENT_S element = Take();
+    element.ullLength = 0;
+    UVEL_EVENT_ProcessMsg(&element);
+    EXPECT_EQ("A", Listeners::Called());
+    EXPECT_EQ(kit::Sources{}, kit::TakeAsserts());
 }
 
 TEST_F(EventTask, ANullElementAsserts) {
@@ -301,6 +327,15 @@ TEST_F(EventTask, AValidDatabaseMessagePassesToTheHookWithTheLowHalfOfTheReserve
     EXPECT_EQ(0u, kit::Op<IPC_FreeMsg>().Calls()) << "it is the hook's from then on";
 }
 
+TEST_F(EventTask, AValidDatabaseMessageWithoutAHookAssertsAndIsNotFreed) {
+    kit::Op<DBI_CheckMsg>().Returns(0);
+    int message = 0;
+    const UVEL_EVENT_ELEMENT_S element = Element(0x1111, &message);
+    UVEL_EVENT_ProcessMsg(&element);
+    EXPECT_EQ(DEPFUNC, kit::TakeAsserts());
+    EXPECT_EQ(0u, kit::Op<IPC_FreeMsg>().Calls());
+}
+
 TEST_F(EventTask, AnInvalidDatabaseMessageIsLeftAlone) {
     InstallDatabaseHook();
     void *message = IPC_AllocMsg_X(1, 64);
@@ -315,14 +350,11 @@ TEST_F(EventTask, AnInvalidDatabaseMessageIsLeftAlone) {
 /* ---- the readers ---- */
 
 TEST_F(EventTask, TheWaitingReaderServesUntilAReadFails) {
-    EXPECT_EQ(0u, Register('A', 5));
     EXPECT_EQ(0u, UVEL_EVENT_Api_SendEventMsg(20, 1, nullptr, 0));
     EXPECT_EQ(0u, UVEL_EVENT_Api_SendEventMsg(20, 2, nullptr, 0));
     kit::Op<QAL_QueueRead>().FailsOn(3);
-    kit::Recorder recorder({"QAL_QueueRead", "IPC_FreeMsg", "QAL_TaskRunDelay", "QAL_SecondNow"});
-    g_szDllKIVOEvtCBRegTbl[20].ulCount = 0; /* as if nobody heard of it, for the recorder's sake */
+    kit::Recorder recorder({"QAL_QueueRead", "IPC_FreeMsg", "QAL_TaskRunDelay"});
     EXPECT_EQ(0xFFFFFFFFu, UVEL_EVENT_QueReadNoEvent());
-    g_szDllKIVOEvtCBRegTbl[20].ulCount = 1;
     EXPECT_EQ((std::vector<std::string>{"QAL_QueueRead(1, ptr, 32, 0xFFFFFFFF)", "IPC_FreeMsg(ptr)",
                                         "QAL_TaskRunDelay(200, 20)", "QAL_QueueRead(1, ptr, 32, 0xFFFFFFFF)",
                                         "IPC_FreeMsg(ptr)", "QAL_TaskRunDelay(200, 20)",

@@ -77,8 +77,8 @@ UVEL_DATA KIVO_HOOK g_eventUmiFunc[2];         /* Umi_CmdSendMsg, Umi_AppendSetD
 UVEL_DATA KIVO_HOOK g_eventRegOmFunc[1];       /* CmdInit */
 UVEL_DATA KIVO_HOOK g_eventDbmProcFuncHook[1]; /* Dbm_ProcEntry, a UVEL_EVENT_DBM_HOOK */
 
-/* Call the hooks above. An empty slot answers 1 for IfMainProcess and 0 for the others; GetSelfComTypeId and
- * Dbm_ProcEntry assert as well, the latter then answers 1. */
+/* Call the hooks above. An empty slot answers 1 for IfMainProcess and Dbm_ProcEntry and 0 for the others; those of
+ * GetSelfComTypeId and Dbm_ProcEntry assert as well. */
 UVEL_API uint32_t UVEL_EVENT_Hook_IfMainProcess(void);
 UVEL_API uint32_t UVEL_EVENT_Hook_InitDeadloopMon(void);
 UVEL_API void UVEL_EVENT_Hook_RegEventCallBack(void);
@@ -152,12 +152,12 @@ UVEL_API uint32_t UVEL_EVENT_QueReadWithEvent(void);
 /* Works off one element as its type says. Null asserts. */
 UVEL_API void UVEL_EVENT_ProcessMsg(const UVEL_EVENT_ELEMENT_S *pstElement);
 
-/* Notifies the registry of an event message and frees it. A message too short for its header is freed with an
- * assertion, an element without message is left alone. */
+/* Notifies the registry of an event message, which has at least its header, and frees it. An element without message is
+ * left alone. */
 UVEL_API void UVEL_EVENT_ProcessEvtIpcMsg(const UVEL_EVENT_ELEMENT_S *pstElement);
 
 /* Receives for the task's channel, on the host's thread: writes the message to the event queue. What came on another
- * channel is freed with an assertion, what cannot be queued is freed. */
+ * channel and an event message too short for its header are freed with an assertion, what cannot be queued is freed. */
 UVEL_API void UVEL_EVENT_IpcCallback(uint32_t ulMsgType, uint32_t ulSrcChannel, uint32_t ulDstChannel, void *pMsg,
                                      uint32_t ulLen);
 

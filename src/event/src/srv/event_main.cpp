@@ -82,6 +82,12 @@ void UVEL_EVENT_IpcCallback(uint32_t ulMsgType, uint32_t, uint32_t ulDstChannel,
         (void)IPC_FreeMsg(pMsg);
         return;
     }
+    /* Another process made it: without room for the header nobody may look into it. */
+    if (ulMsgType == UVEL_EVENT_MSG_EVENT && ulLen < HEADER_SIZE) {
+        (void)IPC_FreeMsg(pMsg);
+        qal_assert(SOURCE, __LINE__);
+        return;
+    }
     if (!Enqueue(ulMsgType, pMsg, ulLen)) {
         UVEL_EVENT_DbgOutput(1, "\r\nWrite queue fail.");
         (void)IPC_FreeMsg(pMsg);
@@ -100,12 +106,6 @@ uint32_t UVEL_EVENT_RpcCallback(uint32_t, void *pMsg, uint32_t, void *pContext, 
 void UVEL_EVENT_ProcessEvtIpcMsg(const UVEL_EVENT_ELEMENT_S *pstElement) {
     if (pstElement == nullptr || pstElement->pMsg == nullptr)
         return;
-    /* Messages come from other processes too: what has no room for the header is not looked into. */
-    if (pstElement->ullLength < HEADER_SIZE) {
-        qal_assert(SOURCE, __LINE__);
-        (void)IPC_FreeMsg(pstElement->pMsg);
-        return;
-    }
     auto *pstHeader = static_cast<UVEL_EVENT_HEADER_S *>(pstElement->pMsg);
     (void)UVEL_EventCallBackNotify(pstHeader->ulEventId, pstHeader->ulSubEventId, pstHeader + 1);
     UVEL_EVENT_DbgOutput(2, "\r\nUVEL_EVENT_ProcessEvtIpcMsg eventID=%u,subEventID=%u", pstHeader->ulEventId,

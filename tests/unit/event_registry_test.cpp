@@ -215,6 +215,28 @@ TEST_F(EventRegistry, AnUnregisteredCallbackIsNotCalledUntilItIsRegisteredAgain)
     EXPECT_EQ(2u, NodeOf('A')->ulCalls) << "its counters were kept";
 }
 
+TEST_F(EventRegistry, UnregisteringTheSubKeyOfAllOnesLeavesTheOthers) {
+    EXPECT_EQ(0u, Register('A', 5, {.subKey = 7}));
+    EXPECT_EQ(0u, Register('A', 5, {.subKey = ANY}));
+    EXPECT_EQ(0u, Unregister('A', {.subKey = ANY}));
+    EXPECT_EQ(0u, Notify(7));
+    EXPECT_EQ("A", Listeners::Called());
+    EXPECT_EQ(7u, NodeOf('A')->ulSubKey);
+    EXPECT_EQ(1u, NodeOf('A')->ulCalls);
+    EXPECT_EQ(0u, Notify(8));
+    EXPECT_EQ("", Listeners::Called());
+}
+
+TEST_F(EventRegistry, AnUnregisteredCallbackThatComesBackWithAnotherPriorityIsCalled) {
+    EXPECT_EQ(0u, Register('A', 5));
+    EXPECT_EQ(0u, Unregister('A'));
+    EXPECT_EQ(0u, Register('A', 9));
+    EXPECT_EQ(0u, Notify());
+    EXPECT_EQ("A", Listeners::Called());
+    EXPECT_EQ(1u, g_szDllKIVOEvtCBRegTbl[20].ulCount);
+    EXPECT_EQ(0u, NodeOf('A')->ucUnregistered);
+}
+
 TEST_F(EventRegistry, UnregisteringFreesNothing) {
     EXPECT_EQ(0u, Register('A', 5));
     kit::Recorder recorder({"QAL_Mem", "DLL_"});
@@ -247,6 +269,17 @@ TEST_F(EventRegistry, AFailureEndsTheWalkAndLeavesItsModule) {
     EXPECT_EQ(2u, NodeOf('B')->ulCalls);
 }
 
+TEST_F(EventRegistry, TheModuleOfTheLatestFailureIsKept) {
+    EXPECT_EQ(0u, Register('A', 5, {.event = 20, .mid = 0x100}));
+    EXPECT_EQ(0u, Register('B', 5, {.event = 21, .mid = 0x200}));
+    Listeners::Returns('A', 1);
+    Listeners::Returns('B', 1);
+    EXPECT_EQ(1u, Notify(1, nullptr, 20));
+    EXPECT_EQ(0x100u, UVEL_GetMidOfEventCBErr());
+    EXPECT_EQ(1u, Notify(1, nullptr, 21));
+    EXPECT_EQ(0x200u, UVEL_GetMidOfEventCBErr());
+}
+
 TEST_F(EventRegistry, AFailureThatIsPassedOverIsCountedAndNotReported) {
     EXPECT_EQ(0u, Register('A', 9, {.mid = 0x100, .continueOnFailure = 1}));
     EXPECT_EQ(0u, Register('B', 5));
@@ -256,67 +289,6 @@ TEST_F(EventRegistry, AFailureThatIsPassedOverIsCountedAndNotReported) {
     EXPECT_EQ(1u, NodeOf('A')->ulFailures);
     EXPECT_EQ(42u, NodeOf('A')->ulLastResult);
     EXPECT_EQ(0u, UVEL_GetMidOfEventCBErr());
-}
-
-TEST_F(EventRegistry, EachCallIsTimed) {
-    kit::VirtualClock clock;
-    clock.SetBoot(100, 900);
-    Listeners::On('A', [&](uint32_t, void *) {
-        clock.Advance(1250);
-        return 0u;
-    });
-    EXPECT_EQ(0u, Register('A', 5));
-    EXPECT_EQ(0u, Notify());
-    EXPECT_EQ(100u, NodeOf('A')->ulStartSeconds);
-    EXPECT_EQ(900u, NodeOf('A')->ulStartMs);
-    EXPECT_EQ(1250u, NodeOf('A')->ulTotalMs);
-    EXPECT_EQ(0u, Notify());
-    EXPECT_EQ(102u, NodeOf('A')->ulStartSeconds);
-    EXPECT_EQ(150u, NodeOf('A')->ulStartMs);
-    EXPECT_EQ(2500u, NodeOf('A')->ulTotalMs) << "over the turn of a second too, in either direction of the remainder";
-}
-
-TEST_F(EventRegistry, TheLongestCallIsKept) {
-    kit::VirtualClock clock;
-    uint32_t takes = 0;
-    Listeners::On('A', [&](uint32_t, void *) {
-        clock.Advance(takes);
-        return 0u;
-    });
-    EXPECT_EQ(0u, Register('A', 5));
-    for (const uint32_t milliseconds : {5u, 70u, 20u}) {
-        takes = milliseconds;
-        EXPECT_EQ(0u, Notify());
-    }
-    EXPECT_EQ(70u, NodeOf('A')->ulWorstMs);
-    EXPECT_EQ(95u, NodeOf('A')->ulTotalMs);
-    takes = 0xFFFFFFFF;
-    EXPECT_EQ(0u, Notify());
-    EXPECT_EQ(0u, Notify());
-    EXPECT_EQ(0xFFFFFFFFu, NodeOf('A')->ulWorstMs);
-}
-
-TEST_F(EventRegistry, TimesGoOnWhenTheSecondsWrap) {
-    kit::VirtualClock clock;
-    clock.SetBoot(0xFFFFFFFF, 999);
-    Listeners::On('A', [&](uint32_t, void *) {
-        clock.SetBoot(1, 0);
-        return 0u;
-    });
-    EXPECT_EQ(0u, Register('A', 5));
-    EXPECT_EQ(0u, Notify());
-    EXPECT_EQ(0xFFFFFFFFu, NodeOf('A')->ulStartSeconds);
-    EXPECT_EQ(1001u, NodeOf('A')->ulTotalMs);
-}
-
-TEST_F(EventRegistry, ACallWhoseTimeIsNotKnownAddsNothing) {
-    for (const uint64_t failing : {1u, 2u}) {
-        kit::Op<QAL_SecondNow>().FailsOn(failing);
-        EXPECT_EQ(0u, Register('A', 5));
-        EXPECT_EQ(0u, Notify());
-    }
-    EXPECT_EQ(2u, NodeOf('A')->ulCalls);
-    EXPECT_EQ(0u, NodeOf('A')->ulTotalMs);
 }
 
 TEST_F(EventRegistry, TheWalkReadsTheClockAroundEachCallAndGivesWayAfterEachNode) {

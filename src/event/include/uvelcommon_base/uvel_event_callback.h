@@ -44,7 +44,7 @@ typedef struct {
     uint8_t ucContinueOnFailure;    /* not 0: its failure does not end the walk */
     uint8_t ucAlsoOnStandby;        /* not 0: runs also when this board is not the master */
     uint8_t ucUnregistered;         /* not 0: marked, not called */
-    UVEL_EVENT_CALLBACK pfCallback; /* never null */
+    UVEL_EVENT_CALLBACK pfCallback; /* passed over when it is null */
     uint32_t ulCalls;               /* begun, since it was registered */
     uint32_t ulFailures;            /* results other than 0 */
     uint32_t ulStartSeconds;        /* start of the latest call, since the board's start */

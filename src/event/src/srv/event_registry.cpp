@@ -160,20 +160,23 @@ static void BookTime(UVEL_EVENT_NODE_S *pstNode, uint64_t ullMs) {
         pstNode->ulWorstMs = ullMs < UINT32_MAX ? static_cast<uint32_t>(ullMs) : UINT32_MAX;
 }
 
-/* Calls the walk's node and books the call. The node may be another one (or its copy) when the callback returns. */
+/* Calls the walk's node and books the call. When the callback returns, the node may be another one (or its copy), and
+ * the start in it that of another call. */
 static uint32_t Call(Walk &stWalk, uint32_t ulValue, void *pData) {
-    uint32_t ulSeconds = 0;
-    uint32_t ulMs = 0;
-    const bool bStartKnown = QAL_SecondNow(&ulSeconds, &ulMs) == 0;
+    uint32_t ulStartSeconds = 0;
+    uint32_t ulStartMs = 0;
+    const bool bStartKnown = QAL_SecondNow(&ulStartSeconds, &ulStartMs) == 0;
     UVEL_EVENT_NODE_S *pstNode = stWalk.pstCurrent;
-    pstNode->ulStartSeconds = ulSeconds;
-    pstNode->ulStartMs = ulMs;
+    pstNode->ulStartSeconds = ulStartSeconds;
+    pstNode->ulStartMs = ulStartMs;
     ++pstNode->ulCalls;
     const uint32_t ulResult = pstNode->pfCallback(ulValue, pData);
     pstNode = stWalk.pstCurrent;
     pstNode->ulLastResult = ulResult;
+    uint32_t ulSeconds = 0;
+    uint32_t ulMs = 0;
     if (QAL_SecondNow(&ulSeconds, &ulMs) == 0 && bStartKnown)
-        BookTime(pstNode, uint64_t{ulSeconds - pstNode->ulStartSeconds} * 1000 + ulMs - pstNode->ulStartMs);
+        BookTime(pstNode, uint64_t{ulSeconds - ulStartSeconds} * 1000 + ulMs - ulStartMs);
     return ulResult;
 }
 

@@ -76,6 +76,17 @@ TEST_F(EventStart, AMainProcessRegistersNoComponent) {
               recorder.Calls());
 }
 
+TEST_F(EventStart, AMainProcessCallsTheOtherHooksOfTheStart) {
+    InstallHooks();
+    g_eventAdpHookFunc[0] = reinterpret_cast<KIVO_HOOK>(+[] {
+        g_hooksCalled += "main? ";
+        return 1u;
+    });
+    EXPECT_EQ(0u, UVEL_EVENT_Init());
+    EXPECT_EQ("main? deadloop callbacks ", g_hooksCalled);
+    EXPECT_EQ(0u, kit::Op<CMNGA_ModuleRegister>().Calls());
+}
+
 TEST_F(EventStart, AnyOtherProcessRegistersAsAComponentOfItsType) {
     InstallHooks();
     UVEL_EVENT_Api_SetSpecs(0, 300);

@@ -250,14 +250,18 @@ int32_t RecordProbe(const void *link, const void *key) {
 }
 
 TEST_F(LinkTable, LooksAtTheMiddleOfWhatIsLeftForEveryCountAndKey) {
-    U32 ids;
-    for (uint32_t count = 1; count <= 90; ++count) {
-        ids.push_back(2 * count);
-        Fill(ids);
+    for (const uint32_t count : SearchedCounts(90)) {
+        U32 ids;
+        for (uint32_t i = 1; i <= count; ++i)
+            ids.push_back(2 * i);
+        Fill(count, ids);
         tbl->pfCompare = RecordProbe;
         for (uint32_t key = 1; key <= 2 * count + 1; ++key) {
+            const bool there = key % 2 == 0;
             g_probes.clear();
-            Find(key);
+            tbl->ulCursor = NONE;
+            ASSERT_EQ(there ? Link(key) : nullptr, Find(key)) << "key " << key << " of " << count;
+            ASSERT_EQ(there ? key / 2 - 1 : NONE, Cursor()) << "key " << key << " of " << count;
             ASSERT_EQ(ProbesOf(ids, key), g_probes) << "key " << key << " of " << count;
             g_probes.clear();
             FindProx(key);

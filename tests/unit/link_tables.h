@@ -79,7 +79,7 @@ class Table : public testing::Test {
     uint32_t Cursor() const { return tbl->ulCursor; }
 
     const uint64_t before = kit::LiveBlocks();
-    std::array<Session, 200> sessions;
+    std::array<Session, 2100> sessions;
     SRVSTL_TBL_S *tbl = nullptr;
 
   private:

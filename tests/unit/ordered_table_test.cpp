@@ -299,18 +299,18 @@ TEST_F(OrderedTable, LooksAtTheMiddleOfWhatIsLeft) {
 }
 
 TEST_F(OrderedTable, LooksAtTheSameElementsForEveryCountAndKey) {
-    U32 ids;
-    for (uint32_t count = 1; count <= 130; ++count) {
-        ids.push_back(2 * count);
-        tbl->pfCompare = ById;
-        ASSERT_EQ(0u, SRVOT_RemoveAllElmt(tbl));
-        tbl->ulSpec = count;
-        for (const uint32_t id : ids)
-            ASSERT_EQ(0u, Add(tbl, id));
+    for (const uint32_t count : SearchedCounts(130)) {
+        U32 ids;
+        for (uint32_t i = 1; i <= count; ++i)
+            ids.push_back(2 * i);
+        Fill(count, ids);
         tbl->pfCompare = RecordProbe;
         for (uint32_t key = 1; key <= 2 * count + 1; ++key) {
+            const bool there = key % 2 == 0;
             g_probes.clear();
-            Find(key);
+            tbl->ulCursor = NONE;
+            ASSERT_EQ(there ? At(key / 2 - 1) : nullptr, Find(key)) << "key " << key << " of " << count;
+            ASSERT_EQ(there ? key / 2 - 1 : NONE, Cursor()) << "key " << key << " of " << count;
             ASSERT_EQ(ProbesOf(ids, key), g_probes) << "key " << key << " of " << count;
             g_probes.clear();
             FindProx(key);

@@ -84,6 +84,15 @@ class SortedModel {
     uint32_t spec_;
 };
 
+/* Counts for tests of the searches: all small ones, and those around the count from which on they fetch ahead. */
+inline std::vector<uint32_t> SearchedCounts(uint32_t small) {
+    std::vector<uint32_t> counts(small);
+    for (uint32_t i = 0; i < small; ++i)
+        counts[i] = i + 1;
+    counts.insert(counts.end(), {511, 512, 513, 1025});
+    return counts;
+}
+
 /* What a search for the key looks at in ascending ids: lo, hi and the middle between them. */
 inline std::vector<uint32_t> ProbesOf(const std::vector<uint32_t> &ids, uint32_t key) {
     std::vector<uint32_t> probes;

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstring>
 #include <random>
+#include <sys/mman.h>
 #include <vector>
 
 #include "kit.h"
@@ -279,6 +280,21 @@ TEST(ArrayInsert, DoesNothingForANullArray) {
     SRVAR_InsertElmtIntail(nullptr, 1, sizeof(Port), &FIRST);
     SRVAR_InsertElmtIntail(nullptr, 0, 0, nullptr);
     EXPECT_EQ(kit::Sources{}, kit::TakeAsserts());
+}
+
+TEST(ArrayInsert, ReachesSlotsBeyondFourGigabytes) {
+    constexpr uint32_t SIZE = 0x10000;
+    constexpr uint32_t COUNT = 0x10001; // 2^32 bytes and one element more
+    constexpr std::size_t ROOM = (std::size_t{COUNT} + 1) * SIZE;
+    void *room = mmap(nullptr, ROOM, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    ASSERT_NE(MAP_FAILED, room);
+    std::vector<uint8_t> element(SIZE, 0xA5);
+    SRVAR_InsertElmtIntail(room, COUNT, SIZE, element.data());
+    EXPECT_EQ(0, std::memcmp(static_cast<uint8_t *>(room) + 0x100010000, element.data(), SIZE));
+    uint32_t index = UNTOUCHED;
+    EXPECT_EQ(0u, SRVAR_FindElmtIndex(room, COUNT + 1, SIZE, element.data(), &index));
+    EXPECT_EQ(COUNT, index);
+    munmap(room, ROOM);
 }
 
 TEST(ArrayInsert, AssertsWhenTheCopyCannotBeMade) {

@@ -89,4 +89,32 @@ TEST(FailingCopy, OfAnAppendedElementAsserts) {
     EXPECT_EQ(9u, array[1]);
 }
 
+/* The room that the last copy or clearing was told, and how much of it was to be filled. */
+template <auto Function>
+std::pair<std::size_t, std::size_t> LastRoom() {
+    const auto last = kit::Op<Function>().Last();
+    return {std::get<1>(last), std::get<3>(last)};
+}
+
+TEST(CopiesInAnArray, AreGivenTheRoomOfOneElement) {
+    const std::pair<std::size_t, std::size_t> one_element = {4, 4};
+    uint32_t array[4] = {1, 2, 3};
+    const uint32_t added = 4;
+    SRVAR_InsertElmtIntail(array, 3, sizeof added, &added);
+    EXPECT_EQ(one_element, LastRoom<memcpy_s>());
+    const uint32_t second = 2;
+    EXPECT_EQ(0u, SRVAR_RemoveElmt(array, 4, sizeof second, &second));
+    EXPECT_EQ(one_element, LastRoom<memcpy_s>());
+    EXPECT_EQ(one_element, LastRoom<memset_s>());
+}
+
+TEST(CopiesInAnArray, AtASwapRemovalAreGivenTheRoomOfOneElement) {
+    const std::pair<std::size_t, std::size_t> one_element = {4, 4};
+    uint32_t array[] = {1, 2, 3};
+    const uint32_t first = 1;
+    EXPECT_EQ(0u, SRVAR_RemoveElmt_Sw(array, 3, sizeof first, &first));
+    EXPECT_EQ(one_element, LastRoom<memcpy_s>());
+    EXPECT_EQ(one_element, LastRoom<memset_s>());
+}
+
 } // namespace

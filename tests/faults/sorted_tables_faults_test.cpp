@@ -61,6 +61,8 @@ TEST_F(FailingCopyOfATable, IsGivenTheRoomThatTheBufferHas) {
     uint32_t buffer[4] = {};
     EXPECT_EQ(0u, SRVOT_GetFirstNode(elements, buffer));
     EXPECT_EQ(4u, std::get<1>(kit::Op<memcpy_s>().Last()));
+    EXPECT_EQ(0u, SRVOT_GetNextNode(elements, &numbers[0], buffer));
+    EXPECT_EQ(4u, std::get<1>(kit::Op<memcpy_s>().Last()));
     EXPECT_EQ(0u, SRVOT_GetAllElmts(elements, buffer, sizeof buffer));
     EXPECT_EQ(16u, std::get<1>(kit::Op<memcpy_s>().Last()));
     EXPECT_EQ(12u, std::get<3>(kit::Op<memcpy_s>().Last()));

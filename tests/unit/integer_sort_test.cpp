@@ -17,17 +17,17 @@ U32 Sorted(U32 values) {
     return values;
 }
 
-TEST(QuickSort, SortsByUnsignedValue) {
+TEST(IntegerSort, SortsByUnsignedValue) {
     EXPECT_EQ((U32{0, 1, 0x7FFFFFFF, 0x80000000, 0xFFFFFFFF}), Sorted({0xFFFFFFFF, 1, 0x80000000, 0, 0x7FFFFFFF}));
 }
 
-TEST(QuickSort, SortsTwoElements) {
+TEST(IntegerSort, SortsTwoElements) {
     EXPECT_EQ((U32{1, 2}), Sorted({2, 1}));
     EXPECT_EQ((U32{1, 2}), Sorted({1, 2}));
     EXPECT_EQ((U32{2, 2}), Sorted({2, 2}));
 }
 
-TEST(QuickSort, LeavesTheArrayAloneWhenHighIsNotAboveLow) {
+TEST(IntegerSort, LeavesTheArrayAloneWhenHighIsNotAboveLow) {
     U32 values = {3, 2, 1};
     UVEL_QuickSort(values.data(), 1, 1);
     UVEL_QuickSort(values.data(), 0, -1);
@@ -38,26 +38,26 @@ TEST(QuickSort, LeavesTheArrayAloneWhenHighIsNotAboveLow) {
     EXPECT_EQ((U32{3, 2, 1}), values);
 }
 
-TEST(QuickSort, IgnoresANullArray) {
+TEST(IntegerSort, IgnoresANullArray) {
     UVEL_QuickSort(nullptr, 0, 10);
     UVEL_QuickSort(nullptr, INT32_MIN, INT32_MAX);
     EXPECT_EQ(kit::Sources{}, kit::TakeAsserts());
 }
 
-TEST(QuickSort, SortsTheGivenRangeAndNothingElse) {
+TEST(IntegerSort, SortsTheGivenRangeAndNothingElse) {
     U32 values = {9, 8, 7, 6, 5, 4};
     UVEL_QuickSort(values.data(), 1, 4);
     EXPECT_EQ((U32{9, 5, 6, 7, 8, 4}), values);
 }
 
-TEST(QuickSort, CountsPositionsFromThePointerInBothDirections) {
+TEST(IntegerSort, CountsPositionsFromThePointerInBothDirections) {
     U32 values = {9, 8, 7, 6, 5, 4};
     UVEL_QuickSort(values.data() + 3, -2, 1);
     EXPECT_EQ((U32{9, 5, 6, 7, 8, 4}), values);
 }
 
 /* Every arrangement of up to seven elements, equal ones included. */
-TEST(QuickSort, SortsEveryShortArrangement) {
+TEST(IntegerSort, SortsEveryShortArrangement) {
     for (uint32_t length = 2; length <= 7; ++length) {
         for (uint32_t kinds = 1; kinds <= length; ++kinds) {
             U32 values(length);
@@ -71,7 +71,7 @@ TEST(QuickSort, SortsEveryShortArrangement) {
     }
 }
 
-TEST(QuickSort, AgreesWithTheStandardSortOnRandomArrays) {
+TEST(IntegerSort, AgreesWithTheStandardSortOnRandomArrays) {
     const uint32_t seed = 33;
     std::mt19937 random(seed);
     for (int round = 0; round < 400; ++round) {
@@ -105,11 +105,11 @@ void OnSmallStack(void (*body)()) {
 
 constexpr uint32_t MANY = 20000;
 
-TEST(QuickSort, NeedsLittleStackForEqualElements) {
+TEST(IntegerSort, NeedsLittleStackForEqualElements) {
     OnSmallStack([] { EXPECT_EQ(U32(MANY, 7), Sorted(U32(MANY, 7))); });
 }
 
-TEST(QuickSort, NeedsLittleStackForAscendingAndDescendingElements) {
+TEST(IntegerSort, NeedsLittleStackForAscendingAndDescendingElements) {
     OnSmallStack([] {
         U32 ascending(MANY);
         std::iota(ascending.begin(), ascending.end(), 0);

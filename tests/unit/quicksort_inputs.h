@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <functional>
 #include <numeric>
 #include <random>
 #include <vector>
@@ -71,6 +72,13 @@ inline Values Random(uint32_t count, uint32_t distinct, std::mt19937 &random) {
     Values values(count);
     for (uint32_t &value : values)
         value = static_cast<uint32_t>(random() % distinct);
+    return values;
+}
+
+/* Any values; those up to the middle are in descending order. */
+inline Values HalfDescending(uint32_t count, std::mt19937 &random) {
+    Values values = Random(count, 0xFFFFFFFF, random);
+    std::sort(values.begin(), values.begin() + count / 2, std::greater<>());
     return values;
 }
 

@@ -54,7 +54,13 @@ typedef struct {
 } SRVQS_ADDR_ARRAY_S;
 
 /* Sorts ulCount entries in ascending order; nothing happens for 0 and for 0x80000000 and more. Calls
- * QAL_TaskRunDelay(200, 20) at every 64th range that it works on and at every 64th comparison within one split. */
+ * QAL_TaskRunDelay(200, 20) at every 64th range that it works on and at every 64th comparison within one split.
+ *
+ * Two kinds of input would take quadratic time. More than eleven entries that all descend are turned round, with the
+ * call at every 64th exchange; whether they do is seen from neighbours, compared up to the first that do not, with the
+ * call at every 65536th. And where splits take far more comparisons than those of random entries would, the ranges that
+ * are left are heap sorted, with the call at every 64th comparison; equal entries may end in another order than splits
+ * leave them in. */
 UVEL_API void SRVQS_QuickSort(void **ppArray, uint32_t ulCount, SRVQS_CMP_FUNC pfCompare);
 
 /* The steps of the sort, for callers that sort in a way of their own. Positions are indexes of ppArray. */

@@ -6,9 +6,10 @@
 
 #include <uvelhost/task.h>
 
-/* Counts one step; before every 64th lets other tasks run when this one has held the processor for long. */
+/* Counts one step; before every EVERYth lets other tasks run when this one has held the processor for long. */
+template <uint32_t EVERY = 64>
 static inline void Pace(uint32_t *pulSteps) {
-    if (++*pulSteps % 64 == 0)
+    if (++*pulSteps % EVERY == 0)
         QAL_TaskRunDelay(200, 20);
 }
 

@@ -2,8 +2,6 @@
 
 #include <cstddef>
 
-#include <uvelhost/task.h>
-
 #include "heap_sort.h"
 #include "pace.h"
 
@@ -18,6 +16,8 @@ static_assert(offsetof(SRVQS_STACK_S, lTop) == 800);
 static constexpr int32_t INSERTION_SPAN = 10; /* ranges of up to this many entries more than one are not split */
 static constexpr int64_t AHEAD = 8;           /* a record comes into the cache while so many before it are compared */
 
+static constexpr uint32_t LONG_LOOK = 65536; /* so many comparisons of 3 us stay below the 200 ms of a long hold */
+
 /* Entries that splits may look at before the input counts as one that median-of-three splits badly. Random inputs
  * stay below 1.2 n log2 n. */
 static uint64_t SplitBudget(uint32_t ulCount) {
@@ -26,16 +26,20 @@ static uint64_t SplitBudget(uint32_t ulCount) {
 }
 
 /* Splitting would take quadratic time over a descending array. No two of its entries are equal, so there is only one
- * outcome, and turning it round gives that. */
+ * outcome, and turning it round gives that. Until it is known for one, the host is called as seldom as can be, since
+ * other arrays are to cause the calls of their ranges and splits only. */
 static bool ReverseDescending(void **ppArray, uint32_t ulCount, SRVQS_CMP_FUNC pfCompare) {
     uint32_t ulComparisons = 0;
     for (uint32_t i = 1; i < ulCount; ++i) {
-        Pace(&ulComparisons);
+        Pace<LONG_LOOK>(&ulComparisons);
         if (pfCompare(ppArray[i - 1], ppArray[i]) <= 0)
             return false;
     }
-    for (uint32_t i = 0, j = ulCount - 1; i < j; ++i, --j)
+    uint32_t ulExchanges = 0;
+    for (uint32_t i = 0, j = ulCount - 1; i < j; ++i, --j) {
+        Pace(&ulExchanges);
         SRVQS_InterChange(&ppArray[i], &ppArray[j]);
+    }
     return true;
 }
 
@@ -120,7 +124,7 @@ void SRVQS_InsertionSort(void **ppArray, int32_t lLow, uint32_t ulHigh, SRVQS_CM
 }
 
 /* Index of the median of the first, the middle and the last entry. Which one it is among equals is part of the sort's
- * outcome, so the order of the comparisons stays as it is. */
+ * outcome (as long as the heap sort does not take over), so the order of the comparisons stays as it is. */
 static int64_t MedianOfThree(void **ppArray, int64_t llLow, int64_t llHigh, SRVQS_CMP_FUNC pfCompare) {
     const int64_t llMid = (llLow + llHigh) / 2;
     const bool bMidSmaller = pfCompare(ppArray[llLow], ppArray[llMid]) >= 0;

@@ -27,7 +27,7 @@ struct RECORD_ARRAY_S {
 
     /* Brings the next probe's record into the cache, from either side of mid. After k probes an interval has count / 2^k
      * records or one more, so the distance can be had without waiting for the comparisons' answers; it is one record off
-     * now and then, and never leads out of the interval. */
+     * now and then, and leads no further than to the interval's end, which may be where the array ends. */
     void Fetch(PLACE mid, PLACE, PLACE, size_t ulShortest) const {
         const size_t ulSteps = (ulShortest + 2) / 4;
         __builtin_prefetch(Above(mid, ulSteps));
@@ -81,7 +81,7 @@ struct INDEXED_ITEMS_S {
     static PLACE Select(int32_t lOrder, PLACE above, PLACE below) {
 #if defined(__x86_64__)
         asm("testl %2, %2\n\tcmovns %3, %0\n\tcmovns %4, %1"
-            : "+r"(above.ulIndex), "+r"(above.pItem)
+            : "+&r"(above.ulIndex), "+&r"(above.pItem)
             : "r"(lOrder), "r"(below.ulIndex), "r"(below.pItem)
             : "cc");
         return above;

@@ -5,12 +5,12 @@
 
 #include <uvelcommon_base/kivo_mem.h>
 
+#include "source.h"
+
 static_assert(sizeof(SRVQS_ADDR_ARRAY_S) == 16);
 static_assert(offsetof(SRVQS_ADDR_ARRAY_S, ppEntries) == 0);
 static_assert(offsetof(SRVQS_ADDR_ARRAY_S, ulCapacity) == 8);
 static_assert(offsetof(SRVQS_ADDR_ARRAY_S, ulCount) == 12);
-
-static constexpr char SOURCE[] = "src/common/src/smi/kivo_srvcommon";
 
 uint32_t SRVQS_AddrArrayInit(uint32_t ulMid, SRVQS_ADDR_ARRAY_S *pstArray, uint32_t ulCapacity) {
     if (pstArray == nullptr)

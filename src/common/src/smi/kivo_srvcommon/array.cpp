@@ -7,7 +7,7 @@
 #include <uvelhost/assert.h>
 #include <uvelhost/strings.h>
 
-static constexpr char SOURCE[] = "src/common/src/smi/kivo_srvcommon";
+#include "source.h"
 
 /* Offsets are computed in the width of a pointer: index times size may exceed 32 bits. */
 static uint8_t *Slot(void *pArray, uint32_t ulIndex, uint32_t ulElmtSize) {

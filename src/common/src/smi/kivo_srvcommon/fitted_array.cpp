@@ -6,7 +6,7 @@
 #include <uvelcommon_base/kivo_mem.h>
 #include <uvelhost/assert.h>
 
-static constexpr char SOURCE[] = "src/common/src/smi/kivo_srvcommon";
+#include "source.h"
 
 /* Appends the ulLen bytes at pFrom to what stands before pucTo and returns the new end. In pieces, because the
  * bounds-checked copy refuses more than 2 GiB at a time. */

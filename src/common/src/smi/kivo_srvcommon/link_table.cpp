@@ -6,6 +6,7 @@
 
 #include "fitted_array.h"
 #include "sorted_search.h"
+#include "source.h"
 
 static_assert(sizeof(SRVSTL_TBL_S) == 32);
 static_assert(offsetof(SRVSTL_TBL_S, ulMid) == 0);
@@ -14,8 +15,6 @@ static_assert(offsetof(SRVSTL_TBL_S, ulSpec) == 8);
 static_assert(offsetof(SRVSTL_TBL_S, ulCursor) == 12);
 static_assert(offsetof(SRVSTL_TBL_S, pfCompare) == 16);
 static_assert(offsetof(SRVSTL_TBL_S, ppLinks) == 24);
-
-static constexpr char SOURCE[] = "src/common/src/smi/kivo_srvcommon";
 
 SRVSTL_TBL_S *SRVSTL_CreateNew(uint32_t ulMid, uint32_t ulSpec, SRVSTL_CMP_FUNC pfCompare) {
     auto *pstTbl = static_cast<SRVSTL_TBL_S *>(KIVO_MemAlloc_F(ulMid, sizeof(SRVSTL_TBL_S), SOURCE, __LINE__));

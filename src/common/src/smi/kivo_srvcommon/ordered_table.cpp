@@ -2,13 +2,11 @@
 
 #include <cstddef>
 
-#include <securec.h>
-#include <uvelcommon_base/kivo_array.h>
 #include <uvelcommon_base/kivo_mem.h>
-#include <uvelhost/assert.h>
 
 #include "fitted_array.h"
 #include "sorted_search.h"
+#include "source.h"
 
 static_assert(sizeof(SRVOT_TBL_S) == 40);
 static_assert(offsetof(SRVOT_TBL_S, ulMid) == 0);
@@ -22,8 +20,6 @@ static_assert(sizeof(SRVOT_COND_S) == 24);
 static_assert(offsetof(SRVOT_COND_S, ulOffset) == 0);
 static_assert(offsetof(SRVOT_COND_S, pValue) == 8);
 static_assert(offsetof(SRVOT_COND_S, ulLen) == 16);
-
-static constexpr char SOURCE[] = "src/common/src/smi/kivo_srvcommon";
 
 SRVOT_TBL_S *SRVOT_CreateNew(uint32_t ulMid, uint32_t ulElmtSize, uint32_t ulSpec, SRVOT_CMP_FUNC pfCompare) {
     auto *pstTbl = static_cast<SRVOT_TBL_S *>(KIVO_MemAlloc_F(ulMid, sizeof(SRVOT_TBL_S), SOURCE, __LINE__));

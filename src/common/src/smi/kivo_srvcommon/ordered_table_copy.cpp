@@ -5,7 +5,7 @@
 #include <uvelcommon_base/kivo_array.h>
 #include <uvelhost/assert.h>
 
-static constexpr char SOURCE[] = "src/common/src/smi/kivo_srvcommon";
+#include "source.h"
 
 /* A copy that fails is reported and changes nothing else: the operation still succeeds. */
 static void CopyOut(void *pBuffer, uint32_t ulRoom, const void *pFrom, uint32_t ulLen) {

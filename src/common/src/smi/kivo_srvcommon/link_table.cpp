@@ -59,11 +59,9 @@ uint32_t SRVSTL_RemoveAllLink(SRVSTL_TBL_S *pstTbl, SRVSTL_FREE_FUNC pfFree) {
 
 /* False where there is nothing to search, or nothing to search with. A link that was found may be null, so a search
  * tells by the result, never by the link, how it ended. Works on a copy of the header, whose fields the compiler may
- * then fetch all at once. */
+ * then fetch all at once. pstTbl is not null, here and in Find. */
 template <bool FETCH>
 [[gnu::always_inline]] static inline bool Search(const SRVSTL_TBL_S *pstTbl, const void *pKey, SEARCH_END_S *pstEnd) {
-    if (pstTbl == nullptr)
-        return false;
     const SRVSTL_TBL_S stTbl = *pstTbl;
     if (stTbl.ulCount == 0 || stTbl.pfCompare == nullptr)
         return false;
@@ -115,7 +113,7 @@ static uint32_t RemoveAt(SRVSTL_TBL_S *pstTbl, uint32_t ulIndex, uint32_t ulCurs
 
 uint32_t SRVSTL_RemoveLink(SRVSTL_TBL_S *pstTbl, const void *pKey) {
     SEARCH_END_S stEnd;
-    if (!Search<true>(pstTbl, pKey, &stEnd) || !stEnd.bMatch)
+    if (pstTbl == nullptr || !Search<true>(pstTbl, pKey, &stEnd) || !stEnd.bMatch)
         return KIVO_NOT_FOUND;
     /* 0xFFFFFFFF becomes 0xFFFFFFFE, past the end, on purpose: callers rely on it. */
     const uint32_t ulCursor = pstTbl->ulCursor >= stEnd.ulIndex ? pstTbl->ulCursor - 1 : pstTbl->ulCursor;
@@ -147,7 +145,7 @@ void *SRVSTL_FindLink(SRVSTL_TBL_S *pstTbl, const void *pKey) {
 
 void *SRVSTL_FindProxLink(SRVSTL_TBL_S *pstTbl, const void *pKey) {
     SEARCH_END_S stEnd;
-    if (!Search<true>(pstTbl, pKey, &stEnd))
+    if (pstTbl == nullptr || !Search<true>(pstTbl, pKey, &stEnd))
         return nullptr;
     pstTbl->ulCursor = stEnd.ulIndex;
     return const_cast<void *>(stEnd.pItem);

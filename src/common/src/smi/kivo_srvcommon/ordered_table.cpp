@@ -133,11 +133,9 @@ uint32_t SRVOT_RemoveAllElmt(SRVOT_TBL_S *pstTbl) {
 }
 
 /* False where there is nothing to search, or nothing to search with. The fields are read once: the compiler must
- * otherwise expect that the comparison changes them. */
+ * otherwise expect that the comparison changes them. pstTbl is not null, here and in Find. */
 template <bool FETCH>
 [[gnu::always_inline]] static inline bool Search(const SRVOT_TBL_S *pstTbl, const void *pKey, SEARCH_END_S *pstEnd) {
-    if (pstTbl == nullptr)
-        return false;
     const uint32_t ulCount = pstTbl->ulCount;
     const SRVOT_CMP_FUNC pfCompare = pstTbl->pfCompare;
     if (ulCount == 0 || pfCompare == nullptr)
@@ -166,7 +164,7 @@ void *SRVOT_FindElmt(SRVOT_TBL_S *pstTbl, const void *pKey) {
 
 void *SRVOT_FindProxElmt(SRVOT_TBL_S *pstTbl, const void *pKey) {
     SEARCH_END_S stEnd;
-    if (!Search<true>(pstTbl, pKey, &stEnd))
+    if (pstTbl == nullptr || !Search<true>(pstTbl, pKey, &stEnd))
         return nullptr;
     pstTbl->ulCursor = stEnd.ulIndex;
     return const_cast<void *>(stEnd.pItem);

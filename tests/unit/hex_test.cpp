@@ -220,7 +220,18 @@ TEST(HexToData, GivesOneWithoutAnyDigitAndWritesNothing) {
     uint8_t byte = 0xEE;
     EXPECT_EQ(1u, SRVHEX_TransStringToData(nullptr, &byte));
     EXPECT_EQ(0xEE, byte);
+}
+
+TEST(HexToData, GivesOneWithoutAnyDigitThoughThereIsNoBuffer) {
+    EXPECT_EQ(1u, SRVHEX_TransStringToData("", nullptr));
+    EXPECT_EQ(1u, SRVHEX_TransStringToData("g123", nullptr));
+    EXPECT_EQ(1u, SRVHEX_TransStringToData(nullptr, nullptr));
+}
+
+TEST(HexToData, GivesZeroForDigitsWithoutABuffer) {
     EXPECT_EQ(0u, SRVHEX_TransStringToData("12", nullptr));
+    EXPECT_EQ(0u, SRVHEX_TransStringToData("1", nullptr));
+    EXPECT_EQ(0u, SRVHEX_TransStringToData("12g", nullptr));
 }
 
 TEST(HexToData, ReadsBackWhatWasWrittenInEveryLengthAndCase) {

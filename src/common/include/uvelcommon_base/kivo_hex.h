@@ -27,9 +27,9 @@ UVEL_API char *SRVHEX_TransHexDataToString(const void *pData, uint32_t ulLength,
                                            uint32_t *pulTextLength);
 
 /* Packs the digits at the beginning of pszText, two a byte, into pBuffer, which must have one byte for each two digits
- * (and may be the text itself). The number of bytes written; after an odd number of digits the last one holds its high
- * digit only: "ABC" is 0xAB 0xC0, result 2. Beware: without any digit the result is 1 as well, and nothing is written.
- * 0 for a null buffer. */
+ * begun (and may be the text itself). The number of bytes written; after an odd number of digits the last one holds
+ * its high digit only: "ABC" is 0xAB 0xC0, result 2. Beware: without any digit the result is 1 as well, and nothing is
+ * written. 0 for digits without a buffer. */
 UVEL_API uint32_t SRVHEX_TransStringToData(const char *pszText, void *pBuffer);
 
 /* Number of digits in pszText, whatever stands between them. */

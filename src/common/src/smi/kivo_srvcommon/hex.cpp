@@ -103,6 +103,8 @@ static inline bool AnySet(BYTES lanes) {
 uint32_t SRVHEX_TransStringToData(const char *pszText, void *pBuffer) {
     uint8_t *const pucBuffer = static_cast<uint8_t *>(pBuffer);
     const uint32_t ulLength = QAL_StrLen(pszText);
+    if (ulLength == 0 || !HEX_IsDigit(pszText[0]))
+        return 1; /* though nothing is written: a contract */
     if (pucBuffer == nullptr)
         return 0;
 
@@ -126,8 +128,7 @@ uint32_t SRVHEX_TransStringToData(const char *pszText, void *pBuffer) {
         else
             pucBuffer[i / 2] = static_cast<uint8_t>(pucBuffer[i / 2] + ucValue);
     }
-    /* Without any digit 1 as well, though nothing was written: a contract. */
-    return i != 0 && i % 2 == 0 ? i / 2 : i / 2 + 1;
+    return i / 2 + i % 2;
 }
 
 uint32_t SRVHEX_CalcXdigitNum(const char *pszText) {

@@ -6,7 +6,7 @@
 
 #define FORWARDER_PLAIN(slot, name, result, empty, arguments)                                                          \
     result name(arguments##_TAKES) {                                                                                   \
-        const auto pfHook = HookInSlot<result (*)(arguments##_HOOK)>(slot);                                            \
+        const auto pfHook = HookInSlot<result (*)(arguments##_TAKES)>(slot);                                           \
         if (pfHook == nullptr)                                                                                         \
             return empty;                                                                                              \
         return pfHook(arguments##_PASSES);                                                                             \
@@ -20,7 +20,7 @@ KIVO_HOOK_TABLE(FORWARDER)
 
 #define TRACE_FORWARDER(slot, name, result, empty)                                                                     \
     result name(WORDS_TAKES) {                                                                                         \
-        const auto pfHook = reinterpret_cast<result (*)(WORDS_HOOK)>(                                                  \
+        const auto pfHook = reinterpret_cast<result (*)(WORDS_TAKES)>(                                                 \
             __atomic_load_n(&g_stBtrcPubApiHookHere[slot], __ATOMIC_RELAXED));                                         \
         if (pfHook == nullptr)                                                                                         \
             return empty;                                                                                              \

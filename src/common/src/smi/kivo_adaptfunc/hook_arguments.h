@@ -1,5 +1,4 @@
-/* Argument lists of the forwarders, each as three macros: what the forwarder takes, what its hook takes, and what is
- * passed.
+/* Argument lists of the plain forwarders, each as two macros: what a forwarder and its hook take, and what is passed.
  *
  * A forwarder takes narrow arguments as whole registers, cuts them itself and passes them as whole registers again, so
  * that a hook sees the cut value whatever width it declares: compilers differ in whether the caller or the callee of a
@@ -7,89 +6,66 @@
 #ifndef KIVO_ADAPTFUNC_HOOK_ARGUMENTS_H
 #define KIVO_ADAPTFUNC_HOOK_ARGUMENTS_H
 
-#include <cstdint>
-
-#define W uintptr_t
-#define WORD_PARAMETERS W a1, W a2, W a3, W a4, W a5, W a6, W a7, W a8
+#include <uvelcommon_base/kivo_hooks.h>
 
 #define NOTHING_TAKES void
-#define NOTHING_HOOK void
 #define NOTHING_PASSES
 
-#define WORDS_TAKES WORD_PARAMETERS
-#define WORDS_HOOK W, W, W, W, W, W, W, W
-#define WORDS_PASSES a1, a2, a3, a4, a5, a6, a7, a8
+#define WORDS_TAKES KIVO_WORDS
+#define WORDS_PASSES ulArg1, ulArg2, ulArg3, ulArg4, ulArg5, ulArg6, ulArg7, ulArg8
 
-#define WORDS_1ST_2ND_U16_TAKES WORD_PARAMETERS
-#define WORDS_1ST_2ND_U16_HOOK WORDS_HOOK
-#define WORDS_1ST_2ND_U16_PASSES (uint16_t) a1, (uint16_t)a2, a3, a4, a5, a6, a7, a8
+#define WORDS_1ST_2ND_U16_TAKES KIVO_WORDS
+#define WORDS_1ST_2ND_U16_PASSES (uint16_t) ulArg1, (uint16_t)ulArg2, ulArg3, ulArg4, ulArg5, ulArg6, ulArg7, ulArg8
 
-#define WORDS_2ND_U16_TAKES WORD_PARAMETERS
-#define WORDS_2ND_U16_HOOK WORDS_HOOK
-#define WORDS_2ND_U16_PASSES a1, (uint16_t)a2, a3, a4, a5, a6, a7, a8
+#define WORDS_2ND_U16_TAKES KIVO_WORDS
+#define WORDS_2ND_U16_PASSES ulArg1, (uint16_t)ulArg2, ulArg3, ulArg4, ulArg5, ulArg6, ulArg7, ulArg8
 
-#define WORDS_2ND_U32_TAKES WORD_PARAMETERS
-#define WORDS_2ND_U32_HOOK WORDS_HOOK
-#define WORDS_2ND_U32_PASSES a1, (uint32_t)a2, a3, a4, a5, a6, a7, a8
+#define WORDS_2ND_U32_TAKES KIVO_WORDS
+#define WORDS_2ND_U32_PASSES ulArg1, (uint32_t)ulArg2, ulArg3, ulArg4, ulArg5, ulArg6, ulArg7, ulArg8
 
-#define WORDS_3RD_U8_TAKES WORD_PARAMETERS
-#define WORDS_3RD_U8_HOOK WORDS_HOOK
-#define WORDS_3RD_U8_PASSES a1, a2, (uint8_t)a3, a4, a5, a6, a7, a8
+#define WORDS_3RD_U8_TAKES KIVO_WORDS
+#define WORDS_3RD_U8_PASSES ulArg1, ulArg2, (uint8_t)ulArg3, ulArg4, ulArg5, ulArg6, ulArg7, ulArg8
 
-#define WORDS_7TH_U16_TAKES WORD_PARAMETERS
-#define WORDS_7TH_U16_HOOK WORDS_HOOK
-#define WORDS_7TH_U16_PASSES a1, a2, a3, a4, a5, a6, (uint16_t)a7, a8
+#define WORDS_7TH_U16_TAKES KIVO_WORDS
+#define WORDS_7TH_U16_PASSES ulArg1, ulArg2, ulArg3, ulArg4, ulArg5, ulArg6, (uint16_t)ulArg7, ulArg8
 
-#define IFINDEX_TAKES uint32_t a1
-#define IFINDEX_HOOK uint32_t
-#define IFINDEX_PASSES a1
+#define IFINDEX_TAKES uint32_t ulIfIndex
+#define IFINDEX_PASSES ulIfIndex
 
-#define IFINDEX_OUT_TAKES uint32_t a1, uint32_t *a2
-#define IFINDEX_OUT_HOOK uint32_t, uint32_t *
-#define IFINDEX_OUT_PASSES a1, a2
+#define IFINDEX_OUT_TAKES uint32_t ulIfIndex, uint32_t *pulOut
+#define IFINDEX_OUT_PASSES ulIfIndex, pulOut
 
-#define VLAN_TAKES uint32_t a1
-#define VLAN_HOOK uint32_t
-#define VLAN_PASSES (uint16_t) a1
+#define VLAN_TAKES uint32_t ulVlanId
+#define VLAN_PASSES (uint16_t) ulVlanId
 
-#define VLAN_BITMAP_TAKES uint32_t a1, const uint32_t *a2
-#define VLAN_BITMAP_HOOK uint32_t, const uint32_t *
-#define VLAN_BITMAP_PASSES (uint16_t) a1, a2
+#define VLAN_BITMAP_TAKES uint32_t ulVlanId, const uint32_t *paulBitmap
+#define VLAN_BITMAP_PASSES (uint16_t) ulVlanId, paulBitmap
 
-#define VLAN_IFINDEX_TAKES uint32_t a1, uint32_t a2
-#define VLAN_IFINDEX_HOOK uint32_t, uint32_t
-#define VLAN_IFINDEX_PASSES (uint16_t) a1, a2
+#define VLAN_IFINDEX_TAKES uint32_t ulVlanId, uint32_t ulIfIndex
+#define VLAN_IFINDEX_PASSES (uint16_t) ulVlanId, ulIfIndex
 
-#define BUFFER_TAKES char *a1, uint32_t a2
-#define BUFFER_HOOK char *, uint32_t
-#define BUFFER_PASSES a1, a2
+#define BUFFER_TAKES char *pszBuffer, uint32_t ulSize
+#define BUFFER_PASSES pszBuffer, ulSize
 
-#define NODE_BUFFER_TAKES uint32_t a1, uint32_t a2, char *a3, uint32_t a4
-#define NODE_BUFFER_HOOK uint32_t, uint32_t, char *, uint32_t
-#define NODE_BUFFER_PASSES a1, a2, a3, a4
+#define NODE_BUFFER_TAKES uint32_t ulArg1, uint32_t ulArg2, char *pszBuffer, uint32_t ulSize
+#define NODE_BUFFER_PASSES ulArg1, ulArg2, pszBuffer, ulSize
 
-#define TEXT_TAKES const char *a1
-#define TEXT_HOOK const char *
-#define TEXT_PASSES a1
+#define TEXT_TAKES const char *pszText
+#define TEXT_PASSES pszText
 
-#define OUT_TAKES uint32_t *a1
-#define OUT_HOOK uint32_t *
-#define OUT_PASSES a1
+#define OUT_TAKES uint32_t *pulOut
+#define OUT_PASSES pulOut
 
-#define MID_SIZE_TAKES uint32_t a1, uint32_t a2
-#define MID_SIZE_HOOK uint32_t, uint32_t
-#define MID_SIZE_PASSES a1, a2
+#define MID_SIZE_TAKES uint32_t ulMid, uint32_t ulSize
+#define MID_SIZE_PASSES ulMid, ulSize
 
-#define POINTER_TAKES void *a1
-#define POINTER_HOOK void *
-#define POINTER_PASSES a1
+#define POINTER_TAKES void *pArg
+#define POINTER_PASSES pArg
 
-#define OUTPUT_TAKES W a1, W a2, uint32_t a3
-#define OUTPUT_HOOK W, W, uint32_t
-#define OUTPUT_PASSES a1, a2, a3
+#define OUTPUT_TAKES uintptr_t ulArg1, uintptr_t ulArg2, uint32_t ulArg3
+#define OUTPUT_PASSES ulArg1, ulArg2, ulArg3
 
-#define OUTPUT_CHANNEL_TAKES W a1, W a2, uint32_t a3, uint32_t a4
-#define OUTPUT_CHANNEL_HOOK W, W, uint32_t, uint32_t
-#define OUTPUT_CHANNEL_PASSES a1, a2, a3, (uint8_t)a4
+#define OUTPUT_CHANNEL_TAKES uintptr_t ulArg1, uintptr_t ulArg2, uint32_t ulArg3, uint32_t ulArg4
+#define OUTPUT_CHANNEL_PASSES ulArg1, ulArg2, ulArg3, (uint8_t)ulArg4
 
 #endif

@@ -1,5 +1,5 @@
-/* The one table of the hook frame. Forwarders, the mapping of hook ids to slots, the installation of the adapters and
- * the tests are made from it.
+/* The one table of the hook frame. The plain forwarders, the mapping of hook ids to slots and the installation of the
+ * adapters are made from it.
  *
  * KIVO_HOOK_TABLE (X) calls for every hook, in the order of hook ids:
  *     X (id, slot, forwarder, rule, result, empty, arguments, adapter)
@@ -7,8 +7,10 @@
  *     rule       PLAIN: load, test, jump; OWN: written out in own_forwarders.cpp; NONE: no forwarder in this library
  *     result     of the forwarder and its hook
  *     empty      what the forwarder returns when the slot is empty
- *     arguments  one of the argument lists below
+ *     arguments  one of the argument lists of hook_arguments.h
  *     adapter    what the library itself installs; NO_ADAPTER where that is left to the product layer
+ *
+ * Result, empty and arguments stand in plain rows only: a forwarder that is written out says them itself.
  *
  * The numbering of slots differs from that of hook ids on purpose: ids are what product layers pass, slots the order in
  * which the table was declared. */
@@ -28,7 +30,7 @@
     X( 0,  0, KIVO_GetIfIpAddrByIndex,                 PLAIN, uint32_t, 1,          IFINDEX_OUT,      KIVO_Adapt_GetIfIpAddrByIndex) \
     X( 1,  1, KIVO_L2IF_GET_VLAN_IN_VLANBITMAP,        PLAIN, uint32_t, 0,          VLAN_BITMAP,      KIVO_Adapt_L2IF_GET_VLAN_IN_VLANBITMAP) \
     X( 2,  2, KIVO_IF_GetIFIndexByVlanID,              PLAIN, uint32_t, KIVO_NONE,  VLAN,             KIVO_Adapt_IF_GetIFIndexByVlanID) \
-    X( 3,  3, KIVO_HookWithoutForwarder,               NONE,  uint32_t, 0,          NOTHING,          KIVO_Adapt_IF_GetVlanIdByIfIndex) \
+    X( 3,  3, KIVO_HookWithoutForwarder,               NONE,  ,         ,           ,                 KIVO_Adapt_IF_GetVlanIdByIfIndex) \
     X( 4,  4, KIVO_IF_IsSUBIF,                         PLAIN, uint32_t, 0,          IFINDEX,          KIVO_Adapt_IF_IS_SUBIF) \
     X( 5,  5, KIVO_IF_IsL2IF,                          PLAIN, uint32_t, 0,          IFINDEX,          KIVO_Adapt_IF_IS_L2IF) \
     X( 6,  6, KIVO_IF_IsL3IF,                          PLAIN, uint32_t, 0,          IFINDEX,          KIVO_Adapt_IF_IS_L3IF) \
@@ -48,13 +50,13 @@
     X(20, 76, KIVO_UnRegisterPort,                     PLAIN, void,     NO_RESULT,  WORDS,            NO_ADAPTER) \
     X(21, 17, KIVO_CFG_GetVsysID,                      PLAIN, uint32_t, 0,          WORDS,            KIVO_Adapt_CFG_GetVsysID) \
     X(22, 18, KIVO_YSB_Smbuf_Create,                   PLAIN, void *,   nullptr,    MID_SIZE,         YSB_Adapt_Smbuf_Create) \
-    X(23, 19, KIVO_YSB_Smbuf_Destroy,                  OWN,   void,     NO_RESULT,  POINTER,          YSB_Adapt_Smbuf_Destroy) \
+    X(23, 19, KIVO_YSB_Smbuf_Destroy,                  OWN,   ,         ,           ,                 YSB_Adapt_Smbuf_Destroy) \
     X(24, 20, KIVO_YSB_Smbuf_M2D,                      PLAIN, void *,   nullptr,    POINTER,          YSB_Adapt_Smbuf_M2D) \
     X(25, 21, KIVO_YSB_Output_Packet_Smbuf,            PLAIN, uint32_t, 1,          OUTPUT,           YSB_Adapt_Output_Packet_Smbuf) \
-    X(26, 22, KIVO_YSB_IsActiveStatus,                 OWN,   uint32_t, 0,          OUT,              YSB_Adapt_IsActiveStatus) \
-    X(27, 23, KIVO_YSB_IsBackup,                       OWN,   uint32_t, 0,          NOTHING,          NO_ADAPTER) \
+    X(26, 22, KIVO_YSB_IsActiveStatus,                 OWN,   ,         ,           ,                 YSB_Adapt_IsActiveStatus) \
+    X(27, 23, KIVO_YSB_IsBackup,                       OWN,   ,         ,           ,                 NO_ADAPTER) \
     X(28, 24, KIVO_YSB_IsRealEnable,                   PLAIN, uint32_t, 0,          WORDS,            YsbAdaptIsRealEnable) \
-    X(29, 25, KIVO_GetSpuProcessNameMaxLen,            OWN,   uint32_t, 1,          OUT,              NO_ADAPTER) \
+    X(29, 25, KIVO_GetSpuProcessNameMaxLen,            OWN,   ,         ,           ,                 NO_ADAPTER) \
     X(30, 26, KIVO_SpuCpuHelp,                         PLAIN, uint32_t, 1,          WORDS,            KIVO_Adapt_SpuCpuHelp) \
     X(31, 27, KIVO_SpuProcessNameHelp,                 PLAIN, uint32_t, 1,          WORDS,            NO_ADAPTER) \
     X(32, 28, KIVO_SpuCpuCheck,                        PLAIN, uint32_t, 1,          WORDS,            KIVO_Adapt_SpuCpuCheck) \
@@ -68,9 +70,9 @@
     X(40, 38, KIVO_GetIpv6VrfIndexByIfIndex,           PLAIN, uint32_t, 0,          IFINDEX,          KIVO_Adapt_GetIpv6VrfIndexByIfIndex) \
     X(41, 39, KIVO_RegistChineseCLI,                   PLAIN, uint32_t, 1,          WORDS,            KIVO_Adapt_RegistChineseCLI) \
     X(42, 40, KIVO_DRV_GetPhySlot,                     PLAIN, void,     NO_RESULT,  WORDS,            KIVO_Adapt_DRV_GetPhySlot) \
-    X(43, 41, KIVO_IPC_DBI_GetNodeID,                  OWN,   uint32_t, 1,          NODES,            KIVO_Adapt_IPC_GetNodeID) \
-    X(44, 42, KIVO_GetManagementVlan,                  OWN,   uint32_t, 1,          OUT,              NO_ADAPTER) \
-    X(45, 43, KIVO_GetAclNumByName,                    OWN,   uint32_t, 1,          TEXT_OUT,         NO_ADAPTER) \
+    X(43, 41, KIVO_IPC_DBI_GetNodeID,                  OWN,   ,         ,           ,                 KIVO_Adapt_IPC_GetNodeID) \
+    X(44, 42, KIVO_GetManagementVlan,                  OWN,   ,         ,           ,                 NO_ADAPTER) \
+    X(45, 43, KIVO_GetAclNumByName,                    OWN,   ,         ,           ,                 NO_ADAPTER) \
     X(46, 44, KIVO_IFQosTransmit,                      PLAIN, uint32_t, 1,          WORDS,            NO_ADAPTER) \
     X(47, 45, KIVO_Ysb_LocalVersion_Register,          PLAIN, uint32_t, 0,          WORDS_3RD_U8,     YsbAdaptRegisterVersion) \
     X(48, 46, KIVO_Ysb_MOID_Get,                       PLAIN, uint32_t, KIVO_NONE,  WORDS,            YsbAdaptGetModId) \
@@ -88,16 +90,16 @@
     X(60, 58, KIVO_SADP_HBResponse,                    PLAIN, void,     NO_RESULT,  WORDS,            NO_ADAPTER) \
     X(61, 59, KIVO_SetBdIdToMbuf,                      PLAIN, void,     NO_RESULT,  WORDS,            NO_ADAPTER) \
     X(62, 60, KIVO_GetBdIdFromMbuf,                    PLAIN, void,     NO_RESULT,  WORDS,            NO_ADAPTER) \
-    X(63, 61, KIVO_Encode_RegFunc,                     OWN,   uint32_t, 1,          WORDS,            NO_ADAPTER) \
+    X(63, 61, KIVO_Encode_RegFunc,                     OWN,   ,         ,           ,                 NO_ADAPTER) \
     X(64, 62, KIVO_Encode_CheckStringAndInsert,        PLAIN, uint32_t, 0,          WORDS_7TH_U16,    NO_ADAPTER) \
     X(65, 63, KIVO_Encode_TransCode,                   PLAIN, uint32_t, 0,          WORDS,            NO_ADAPTER) \
     X(66, 64, KIVO_Encode_PreViewStringAndInsert,      PLAIN, uint32_t, 0,          WORDS,            NO_ADAPTER) \
     X(67, 65, KIVO_Encode_IsNeedTrans,                 PLAIN, uint32_t, 0,          WORDS,            NO_ADAPTER) \
-    X(68, 66, KIVO_Encode_SetTransResult,              OWN,   uint32_t, 1,          WORDS,            NO_ADAPTER) \
-    X(69, 67, KIVO_Encode_SetAsysnResult,              OWN,   uint32_t, 1,          WORDS,            NO_ADAPTER) \
-    X(70, 68, KIVO_Encode_SetPreResult,                OWN,   uint32_t, 1,          WORDS,            NO_ADAPTER) \
+    X(68, 66, KIVO_Encode_SetTransResult,              OWN,   ,         ,           ,                 NO_ADAPTER) \
+    X(69, 67, KIVO_Encode_SetAsysnResult,              OWN,   ,         ,           ,                 NO_ADAPTER) \
+    X(70, 68, KIVO_Encode_SetPreResult,                OWN,   ,         ,           ,                 NO_ADAPTER) \
     X(71, 69, KIVO_Encode_GetLanCharset,               PLAIN, uint32_t, 1,          WORDS,            NO_ADAPTER) \
-    X(72, 70, KIVO_Is_SupportOnlyLsw,                  OWN,   uint32_t, 0,          NOTHING,          KIVO_Adapt_SupportOnlyLsw) \
+    X(72, 70, KIVO_Is_SupportOnlyLsw,                  OWN,   ,         ,           ,                 KIVO_Adapt_SupportOnlyLsw) \
     X(73, 71, KIVO_HA_IsBatchBackupStatus,             PLAIN, uint32_t, 0,          NOTHING,          KIVO_Adapt_IsBatchBackupStatus) \
     X(74, 72, UVEL_COMP_MNG_Register,                  PLAIN, uint32_t, 0,          WORDS,            NO_ADAPTER) \
     X(75, 73, UVEL_COMP_MNG_RegisterEvent,             PLAIN, uint32_t, 1,          WORDS_2ND_U32,    NO_ADAPTER) \
@@ -106,13 +108,13 @@
     X(78, 78, KIVO_IFPDT_NoShutDownInterface,          PLAIN, uint32_t, 0,          WORDS,            KIVO_Adapt_IF_INTF_NoShutDownInterface) \
     X(79, 79, KIVO_IF_FindFirstSubIfnet,               PLAIN, void *,   nullptr,    WORDS,            KIVO_Adapt_IF_FindFirstSubIfnet) \
     X(80, 80, KIVO_IF_FindNextSubIfnet,                PLAIN, void *,   nullptr,    WORDS,            KIVO_Adapt_IF_FindNextSubIfnet) \
-    X(81, 81, KIVO_IF_QosL2BNGTransmit,                OWN,   uint32_t, 0,          MBUF_WORDS,       UVEL_IF_QosL2BNGTransmit) \
+    X(81, 81, KIVO_IF_QosL2BNGTransmit,                OWN,   ,         ,           ,                 UVEL_IF_QosL2BNGTransmit) \
     X(82, 82, KIVO_VAP_BdBuildrunRegister,             PLAIN, uint32_t, 0,          WORDS,            NO_ADAPTER) \
-    X(83, 83, KIVO_NotifyWlanAttrChange,               OWN,   void,     NO_RESULT,  NOTICE,           NO_ADAPTER) \
+    X(83, 83, KIVO_NotifyWlanAttrChange,               OWN,   ,         ,           ,                 NO_ADAPTER) \
     X(84, 84, KIVO_GetFlexGroupIndexByName,            PLAIN, uint32_t, KIVO_NONE,  WORDS,            NO_ADAPTER) \
     X(85, 85, KIVO_TransCfgAttrFromUvelToWlan,         PLAIN, void,     NO_RESULT,  WORDS,            NO_ADAPTER) \
-    X(86, 86, KIVO_ProfileChangeNotifyCfg,             OWN,   uint32_t, 1,          NOTICE,           NO_ADAPTER) \
-    X(87, 87, KIVO_BranchChangeNotifyCfg,              OWN,   uint32_t, 1,          NOTICE,           NO_ADAPTER) \
+    X(86, 86, KIVO_ProfileChangeNotifyCfg,             OWN,   ,         ,           ,                 NO_ADAPTER) \
+    X(87, 87, KIVO_BranchChangeNotifyCfg,              OWN,   ,         ,           ,                 NO_ADAPTER) \
     X(88, 88, KIVO_IsSupportUserDetectBySam,           PLAIN, uint32_t, 1,          NOTHING,          KIVO_ADP_IsSupportUserDetectBySam) \
     X(89, 89, Kivo_GetSelfBoardSlotId,                 PLAIN, uint32_t, 0,          NOTHING,          Kivo_Adapt_GetSelfBoardSlotId) \
     X(90, 90, KIVO_IsWANInterface,                     PLAIN, uint32_t, 0,          IFINDEX,          KIVO_Adapt_IsWANInterface) \

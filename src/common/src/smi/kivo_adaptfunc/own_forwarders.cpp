@@ -2,6 +2,7 @@
 
 #include "hook_table.h"
 
+#include "hook_arguments.h"
 #include <cstddef>
 #include <securec.h>
 #include <uvelcommon_base/kivo_array.h>
@@ -27,8 +28,6 @@ static constexpr char SOURCE[] = "src/common/src/smi/kivo_adaptfunc";
 
 #define SLOT_NAME(id, slot, name, rule, result, empty, arguments, adapter) SLOT_##name = slot,
 enum : uint32_t { KIVO_HOOK_TABLE(SLOT_NAME) };
-
-using WORDS_FUNC = uint32_t (*)(uintptr_t, uintptr_t, uintptr_t, uintptr_t, uintptr_t, uintptr_t, uintptr_t, uintptr_t);
 
 void KIVO_YSB_Smbuf_Destroy(void *pSmbuf) {
     const auto pfHook = HookInSlot<void (*)(void *)>(SLOT_KIVO_YSB_Smbuf_Destroy);
@@ -104,11 +103,11 @@ uint32_t KIVO_GetAclNumByName(const char *pszName, uint32_t *pulAclNum) {
 
 /* The encoders that report only whether there was a hook to call. */
 #define ENCODER(name)                                                                                                  \
-    uint32_t name(KIVO_WORDS) {                                                                                        \
-        const auto pfHook = HookInSlot<WORDS_FUNC>(SLOT_##name);                                                       \
+    uint32_t name(WORDS_TAKES) {                                                                                       \
+        const auto pfHook = HookInSlot<uint32_t (*)(WORDS_TAKES)>(SLOT_##name);                                        \
         if (pfHook == nullptr)                                                                                         \
             return KIVO_FAIL;                                                                                          \
-        (void)pfHook(ulArg1, ulArg2, ulArg3, ulArg4, ulArg5, ulArg6, ulArg7, ulArg8);                                  \
+        (void)pfHook(WORDS_PASSES);                                                                                    \
         return KIVO_OK;                                                                                                \
     }
 ENCODER(KIVO_Encode_RegFunc)

@@ -4,7 +4,8 @@
  * forwarder passes eight machine words unchanged and returns its function's result. Without one the answer is "tracing
  * is off": 0 from BTRC_Pub_IsBTRCEnabled and BTRC_Pub_GetInfoLevel, 1 (no such instance) from the others.
  *
- * Threads: a slot is one aligned word, written and read whole. */
+ * Threads: a slot is one aligned word, written and read whole. A component that writes it while others call stores with
+ * release order; its function then sees what was written before. */
 #ifndef UVELCOMMON_BASE_BTRC_PUB_H
 #define UVELCOMMON_BASE_BTRC_PUB_H
 

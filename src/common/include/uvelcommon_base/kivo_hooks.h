@@ -17,7 +17,8 @@
  * parameters takes what it needs of them.
  *
  * Threads: install at start-up, before other tasks call. A slot is one aligned word, written and read whole; a
- * forwarder reads it at every call, so a hook that is installed late is seen from the next call on. */
+ * forwarder reads it at every call, so a hook that is installed late is seen from the next call on, and sees what its
+ * installer wrote before. */
 #ifndef UVELCOMMON_BASE_KIVO_HOOKS_H
 #define UVELCOMMON_BASE_KIVO_HOOKS_H
 

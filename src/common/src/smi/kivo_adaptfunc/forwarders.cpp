@@ -20,8 +20,7 @@ KIVO_HOOK_TABLE(FORWARDER)
 
 #define TRACE_FORWARDER(slot, name, result, empty)                                                                     \
     result name(WORDS_TAKES) {                                                                                         \
-        const auto pfHook = reinterpret_cast<result (*)(WORDS_TAKES)>(                                                 \
-            __atomic_load_n(&g_stBtrcPubApiHookHere[slot], __ATOMIC_RELAXED));                                         \
+        const auto pfHook = LoadHook<result (*)(WORDS_TAKES)>(&g_stBtrcPubApiHookHere[slot]);                          \
         if (pfHook == nullptr)                                                                                         \
             return empty;                                                                                              \
         return pfHook(WORDS_PASSES);                                                                                   \

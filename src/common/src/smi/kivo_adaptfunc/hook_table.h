@@ -152,10 +152,24 @@
 extern "C" __attribute__((visibility("hidden"))) KIVO_HOOK g_stKIVOPubHookHere[KIVO_HOOK_COUNT];
 extern "C" __attribute__((visibility("hidden"))) KIVO_HOOK g_stBtrcPubApiHookHere[BTRC_PUB_HOOK_COUNT];
 
-/* The hook in a slot as a function of type Hook, null when the slot is empty; read afresh at every call. */
+/* A hook that is installed late sees what its installer wrote before: the store releases, the load acquires. On x86-64
+ * every load does; there it is not asked for, since gcc then carries the arguments on the stack around it. */
+#ifdef __x86_64__
+static constexpr int HOOK_LOAD_ORDER = __ATOMIC_RELAXED;
+#else
+static constexpr int HOOK_LOAD_ORDER = __ATOMIC_ACQUIRE;
+#endif
+
+/* The hook in *ppfSlot as a function of type Hook, null when the slot is empty; read afresh at every call. */
+template <typename Hook>
+static inline Hook LoadHook(const KIVO_HOOK *ppfSlot) {
+    return reinterpret_cast<Hook>(__atomic_load_n(ppfSlot, HOOK_LOAD_ORDER));
+}
+
+/* The same of a slot of the product hook table. */
 template <typename Hook>
 static inline Hook HookInSlot(uint32_t ulSlot) {
-    return reinterpret_cast<Hook>(__atomic_load_n(&g_stKIVOPubHookHere[ulSlot], __ATOMIC_RELAXED));
+    return LoadHook<Hook>(&g_stKIVOPubHookHere[ulSlot]);
 }
 
 #endif

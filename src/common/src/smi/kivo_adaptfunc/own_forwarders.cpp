@@ -120,15 +120,18 @@ uint32_t KIVO_Is_SupportOnlyLsw(void) {
     return HookInSlot<KIVO_HOOK>(SLOT_KIVO_Is_SupportOnlyLsw) != nullptr ? 1 : 0;
 }
 
+/* What stands for a hook that is not installed: the buffer is handed over in any case. */
+static uint32_t DestroyUnsent(void *pMbuf, uintptr_t, uintptr_t, uintptr_t, uintptr_t, uintptr_t, uintptr_t,
+                              uintptr_t) {
+    MBUF_Destroy(static_cast<MBUF_S *>(pMbuf));
+    return KIVO_OK;
+}
+
 uint32_t KIVO_IF_QosL2BNGTransmit(void *pMbuf, uintptr_t ulArg2, uintptr_t ulArg3, uintptr_t ulArg4, uintptr_t ulArg5,
                                   uintptr_t ulArg6, uintptr_t ulArg7, uintptr_t ulArg8) {
-    const auto pfHook =
-        HookInSlot<uint32_t (*)(void *, uintptr_t, uintptr_t, uintptr_t, uintptr_t, uintptr_t, uintptr_t, uintptr_t)>(
-            SLOT_KIVO_IF_QosL2BNGTransmit);
-    if (pfHook != nullptr)
-        return pfHook(pMbuf, ulArg2, ulArg3, ulArg4, ulArg5, ulArg6, ulArg7, ulArg8);
-    MBUF_Destroy(static_cast<MBUF_S *>(pMbuf)); /* the buffer was handed over in any case */
-    return KIVO_OK;
+    const auto pfHook = HookInSlot<decltype(&DestroyUnsent)>(SLOT_KIVO_IF_QosL2BNGTransmit);
+    const auto pfSend = pfHook != nullptr ? pfHook : DestroyUnsent;
+    return pfSend(pMbuf, ulArg2, ulArg3, ulArg4, ulArg5, ulArg6, ulArg7, ulArg8);
 }
 
 void KIVO_NotifyWlanAttrChange(const KIVO_NOTIFY_S *pstNotify) {

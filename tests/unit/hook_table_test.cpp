@@ -1,24 +1,19 @@
-#include <cstring>
-#include <gtest/gtest.h>
+#include "hook_recorder.h"
+
 #include <uvelcommon_base/btrc_pub.h>
 #include <uvelcommon_base/kivo_hook_interface.h>
 #include <uvelcommon_base/kivo_hook_process.h>
 #include <uvelcommon_base/kivo_hook_product.h>
 #include <uvelcommon_base/kivo_hook_standby.h>
 #include <uvelcommon_base/kivo_hooks.h>
+#include <uvelcommon_base/kivo_startup.h>
 
+#include <algorithm>
 #include <ostream>
+#include <string_view>
+#include <vector>
 
 namespace {
-
-using Word = uintptr_t;
-using WordFunction = Word (*)(Word, Word, Word, Word, Word, Word, Word, Word);
-
-/* Every forwarder can be called with eight words: what it does not declare lies in registers it leaves alone. */
-template <typename Function>
-WordFunction AnyForwarder(Function *forwarder) {
-    return reinterpret_cast<WordFunction>(reinterpret_cast<KIVO_HOOK>(forwarder));
-}
 
 enum class Kind { NUMBER, POINTER, VOID, OWN, NONE };
 
@@ -29,7 +24,8 @@ struct Row {
     WordFunction forwarder;
     Kind kind;
     uint32_t empty;
-    /* One digit an argument: the bytes of it that reach the hook; 1 and 2 are cut by the forwarder. */
+    /* One digit an argument: the bytes of it that reach the hook. Unless its type is that narrow the forwarder cuts it: 1
+     * and 2 anywhere, and 4 in a row of eight words. */
     const char *widths;
 };
 
@@ -137,45 +133,11 @@ const Row ROWS[] = {
 };
 /* clang-format on */
 
-const Word MARKED[8] = {0xA1A2A3A4A5A6A7A8, 0xB1B2B3B4B5B6B7B8, 0xC1C2C3C4C5C6C7C8, 0xD1D2D3D4D5D6D7D8,
-                        0xE1E2E3E4E5E6E7E8, 0xF1F2F3F4F5F6F7F8, 0x9192939495969798, 0x8182838485868788};
-
-Word g_seen[8];
-int g_called;
-Word g_answer;
-
-Word RecordingHook(Word a1, Word a2, Word a3, Word a4, Word a5, Word a6, Word a7, Word a8) {
-    const Word arguments[8] = {a1, a2, a3, a4, a5, a6, a7, a8};
-    std::memcpy(g_seen, arguments, sizeof g_seen);
-    ++g_called;
-    return g_answer;
-}
-
-template <typename Function>
-void Install(uint32_t id, Function *function) {
-    const KIVO_HOOK hook = reinterpret_cast<KIVO_HOOK>(function);
-    KIVOShell_SetHookFunc(id, &hook);
-}
-
-Word CallMarked(WordFunction forwarder) {
-    return forwarder(MARKED[0], MARKED[1], MARKED[2], MARKED[3], MARKED[4], MARKED[5], MARKED[6], MARKED[7]);
-}
-
-/* What a hook that declares the argument with `width` bytes, or 32 bits for a narrower one, must see. */
-void ExpectArgument(char width, Word passed, Word seen) {
-    switch (width) {
-    case '1':
-        EXPECT_EQ(static_cast<uint32_t>(passed & 0xFF), static_cast<uint32_t>(seen));
-        break;
-    case '2':
-        EXPECT_EQ(static_cast<uint32_t>(passed & 0xFFFF), static_cast<uint32_t>(seen));
-        break;
-    case '4':
-        EXPECT_EQ(static_cast<uint32_t>(passed), static_cast<uint32_t>(seen));
-        break;
-    default:
-        EXPECT_EQ(passed, seen);
-    }
+/* What the hook must see of an argument of which `bytes` reach it. One of eight words arrives cut as a whole; of a narrow
+ * argument that the forwarder declares only the low half of the register counts. */
+void ExpectArgument(unsigned bytes, bool word, Word passed, Word seen) {
+    const Word reaches = bytes == 8 ? passed : passed & ((Word{1} << 8 * bytes) - 1);
+    EXPECT_EQ(reaches, bytes == 8 || word ? seen : static_cast<uint32_t>(seen));
 }
 
 class HookRow : public testing::TestWithParam<Row> {
@@ -221,9 +183,10 @@ TEST_P(PlainRow, PassesItsArgumentsAndTheResult) {
         } else if (GetParam().kind == Kind::POINTER) {
             EXPECT_EQ(answer, result);
         }
-        for (std::size_t i = 0; GetParam().widths[i] != '\0'; ++i) {
+        const std::string_view widths = GetParam().widths;
+        for (std::size_t i = 0; i < widths.size(); ++i) {
             SCOPED_TRACE(testing::Message() << "argument " << i + 1);
-            ExpectArgument(GetParam().widths[i], MARKED[i], g_seen[i]);
+            ExpectArgument(static_cast<unsigned>(widths[i] - '0'), widths.size() == 8, MARKED[i], g_seen[i]);
         }
     }
     EXPECT_EQ(4, g_called);
@@ -337,7 +300,7 @@ TEST(TraceHooks, PassEightWordsAndTheResult) {
         g_stBtrcPubApiHook[row.slot] = reinterpret_cast<KIVO_HOOK>(RecordingHook);
         const Word result = CallMarked(row.forwarder);
         EXPECT_EQ(1, g_called);
-        EXPECT_EQ(0, std::memcmp(MARKED, g_seen, sizeof g_seen));
+        ExpectMarkedSeen();
         if (row.valued) {
             EXPECT_EQ(row.slot + 100, static_cast<uint32_t>(result));
         }
@@ -345,9 +308,16 @@ TEST(TraceHooks, PassEightWordsAndTheResult) {
     }
 }
 
-TEST(TraceHooks, TableHasFourReservedSlots) {
-    EXPECT_EQ(24u, std::size(g_stBtrcPubApiHook));
-    EXPECT_EQ(20u, std::size(TRACE_ROWS));
+TEST(TraceHooks, AreTheirComponentsAloneThroughTheWholeStart) {
+    std::vector<KIVO_HOOK> written;
+    for (KIVO_HOOK &slot : g_stBtrcPubApiHook)
+        written.push_back(slot = reinterpret_cast<KIVO_HOOK>(RecordingHook));
+    EXPECT_EQ(24u, written.size());
+    EXPECT_EQ(0u, UVEL_GlobalVarInit());
+    KIVO_VirtualToHook();
+    EXPECT_TRUE(std::equal(written.begin(), written.end(), g_stBtrcPubApiHook));
+    g_answer = 1;
+    EXPECT_EQ(1u, BTRC_Pub_IsBTRCEnabled(0, 0, 0, 0, 0, 0, 0, 0));
 }
 
 } // namespace

@@ -1,3 +1,4 @@
+#include "hook_recorder.h"
 #include "kit.h"
 
 #include <cstring>
@@ -10,14 +11,6 @@
 namespace {
 
 const kit::Sources ADAPTFUNC{"src/common/src/smi/kivo_adaptfunc"};
-
-template <typename Function>
-void Install(uint32_t id, Function *function) {
-    const KIVO_HOOK hook = reinterpret_cast<KIVO_HOOK>(function);
-    KIVOShell_SetHookFunc(id, &hook);
-}
-
-int g_called;
 
 /* Nodes */
 
@@ -140,9 +133,7 @@ TEST(AclNumber, IsTheHooksResultWhateverItIs) {
 
 /* Encoders */
 
-uintptr_t g_eighth;
-
-TEST(Encoders, ReportOnlyWhetherThereIsAHook) {
+TEST(Encoders, PassEightWordsAndReportOnlyWhetherThereIsAHook) {
     const struct {
         uint32_t id;
         uint32_t (*forwarder)(KIVO_WORDS);
@@ -154,15 +145,11 @@ TEST(Encoders, ReportOnlyWhetherThereIsAHook) {
         SCOPED_TRACE(encoder.id);
         EXPECT_EQ(1u, encoder.forwarder(1, 2, 3, 4, 5, 6, 7, 8));
         g_called = 0;
-        Install(
-            encoder.id, +[](KIVO_WORDS) -> uint32_t {
-                g_eighth = ulArg8;
-                g_called += static_cast<int>(ulArg1 + ulArg2 + ulArg3 + ulArg4 + ulArg5 + ulArg6 + ulArg7);
-                return 99;
-            });
-        EXPECT_EQ(0u, encoder.forwarder(1, 2, 3, 4, 5, 6, 7, 0x123456789A));
-        EXPECT_EQ(28, g_called);
-        EXPECT_EQ(0x123456789Au, g_eighth);
+        g_answer = 99;
+        Install(encoder.id, RecordingHook);
+        EXPECT_EQ(0u, static_cast<uint32_t>(CallMarked(AnyForwarder(encoder.forwarder))));
+        EXPECT_EQ(1, g_called);
+        ExpectMarkedSeen();
     }
 }
 
@@ -229,13 +216,13 @@ TEST(SpuProcessNameMaxLen, AssertsOnNullEvenWithAHook) {
         29, +[](uint32_t *length) -> uint32_t {
             ++g_called;
             *length = 24;
-            return 0;
+            return 77;
         });
     EXPECT_EQ(1u, KIVO_GetSpuProcessNameMaxLen(nullptr));
     EXPECT_EQ(ADAPTFUNC, kit::TakeAsserts());
     EXPECT_EQ(0, g_called);
     uint32_t length = 0;
-    EXPECT_EQ(0u, KIVO_GetSpuProcessNameMaxLen(&length));
+    EXPECT_EQ(77u, KIVO_GetSpuProcessNameMaxLen(&length)) << "the hook's result";
     EXPECT_EQ(24u, length);
 }
 
@@ -267,16 +254,13 @@ TEST(QosL2BngTransmit, DestroysTheBufferWithoutAHook) {
     EXPECT_EQ(static_cast<void *>(&mbuf), static_cast<void *>(std::get<0>(kit::Op<MBUF_Destroy>().Last())));
 }
 
-TEST(QosL2BngTransmit, HandsTheBufferToTheHook) {
-    static void *seen;
-    int mbuf = 0;
-    Install(
-        81, +[](void *buffer, uintptr_t, uintptr_t, uintptr_t, uintptr_t, uintptr_t, uintptr_t, uintptr_t last) {
-            seen = buffer;
-            return static_cast<uint32_t>(last);
-        });
-    EXPECT_EQ(8u, KIVO_IF_QosL2BNGTransmit(&mbuf, 2, 3, 4, 5, 6, 7, 8));
-    EXPECT_EQ(&mbuf, seen);
+TEST(QosL2BngTransmit, HandsTheBufferAndTheOtherSevenWordsToTheHook) {
+    g_called = 0;
+    g_answer = 8;
+    Install(81, RecordingHook);
+    EXPECT_EQ(8u, static_cast<uint32_t>(CallMarked(AnyForwarder(KIVO_IF_QosL2BNGTransmit))));
+    EXPECT_EQ(1, g_called);
+    ExpectMarkedSeen();
     EXPECT_EQ(0u, kit::Op<MBUF_Destroy>().Calls());
 }
 

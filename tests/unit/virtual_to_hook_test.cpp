@@ -1,3 +1,4 @@
+#include "hook_recorder.h"
 #include "kit.h"
 
 #include <cstring>
@@ -134,11 +135,6 @@ uint32_t MyIsL2If(uint32_t) {
     return 4711;
 }
 
-void Install(uint32_t id, uint32_t (*hook)(uint32_t)) {
-    const KIVO_HOOK any = reinterpret_cast<KIVO_HOOK>(hook);
-    KIVOShell_SetHookFunc(id, &any);
-}
-
 TEST(Adapters, StandInTheirSlotsAndTheOthersStayEmpty) {
     for (const KIVO_HOOK hook : g_stKIVOPubHook)
         ASSERT_EQ(nullptr, hook);
@@ -149,7 +145,7 @@ TEST(Adapters, StandInTheirSlotsAndTheOthersStayEmpty) {
 TEST(Adapters, AreInstalledOnceSoThatAnOverrideStays) {
     KIVO_VirtualToHook();
     Install(KIVO_HOOK_IF_IS_L2IF, MyIsL2If);
-    Install(KIVO_HOOK_IF_IS_L3IF, nullptr);
+    Install<void()>(KIVO_HOOK_IF_IS_L3IF, nullptr);
     KIVO_VirtualToHook();
     EXPECT_EQ(4711u, KIVO_IF_IsL2IF(5));
     EXPECT_EQ(nullptr, g_stKIVOPubHook[6]);

@@ -7,6 +7,14 @@ namespace {
 
 constexpr uint32_t MID = 0x12340000;
 
+/* What the host's registration does for the test: it gives the account `handle`. */
+void OpensAccount(uint32_t handle) {
+    kit::Op<QAL_HandleInitialize>().Does([handle](const char *, uint32_t *out) -> uint32_t {
+        *out = handle;
+        return 0;
+    });
+}
+
 TEST(MemoryService, OpensItsAccountAtTheFirstAllocationOnly) {
     kit::Recorder recorder({"QAL_HandleInitialize", "QAL_Mem"});
     void *first = KIVO_MemAlloc(MID, 24);
@@ -23,10 +31,7 @@ TEST(MemoryService, OpensItsAccountAtTheFirstAllocationOnly) {
 }
 
 TEST(MemoryService, UsesEveryHandleThatIsNotTheUnopenedOne) {
-    kit::Op<QAL_HandleInitialize>().Does([](const char *, uint32_t *handle) -> uint32_t {
-        *handle = 0;
-        return 0;
-    });
+    OpensAccount(0);
     kit::Op<QAL_MemAlloc>().Returns(nullptr);
     KIVO_MemAlloc(MID, 1);
     KIVO_MemAlloc(MID, 1);
@@ -58,15 +63,42 @@ TEST(MemoryService, RegistersAgainWhenTheHostLeavesTheHandleUnopened) {
     EXPECT_EQ(2u, kit::Op<QAL_HandleInitialize>().Calls());
 }
 
-TEST(MemoryService, ReadsThePartitionAtEveryCall) {
+TEST(MemoryService, NamesItsAccountAndThePartitionOfTheMomentAtEveryCall) {
+    OpensAccount(42);
     kit::Op<QAL_MemAlloc>().Returns(nullptr);
+    kit::Op<QAL_MemAlloc_F>().Returns(nullptr);
+    kit::Op<QAL_MemReAlloc>().Returns(nullptr);
     const uint8_t before = g_ucSysMemPtNo;
+    const char *const file = "module.c";
+    char block = 'x';
     for (const uint8_t partition : {uint8_t{3}, uint8_t{250}}) {
         g_ucSysMemPtNo = partition;
-        KIVO_MemAlloc(MID, 1);
-        EXPECT_EQ(partition, std::get<1>(kit::Op<QAL_MemAlloc>().Last()));
+        KIVO_MemAlloc(MID, 16);
+        KIVO_MemAlloc_F(MID, 17, file, 7);
+        KIVO_MemReAlloc(&block, 18);
+        EXPECT_EQ(std::tuple(42u, partition, 16u), kit::Op<QAL_MemAlloc>().Last());
+        EXPECT_EQ(std::tuple(42u, partition, 17u, file, 7u), kit::Op<QAL_MemAlloc_F>().Last());
+        EXPECT_EQ(std::tuple(42u, partition, static_cast<void *>(&block), 18u), kit::Op<QAL_MemReAlloc>().Last());
     }
     g_ucSysMemPtNo = before;
+}
+
+TEST(MemoryService, UsesTheLaterHandleOfTwoFirstAllocationsAtOnce) {
+    static char block;
+    kit::Op<QAL_MemAlloc>().Returns(&block);
+    kit::Op<QAL_HandleInitialize>().Does([](const char *, uint32_t *handle) -> uint32_t {
+        OpensAccount(7); /* for the other allocation, which comes before this one has its handle */
+        EXPECT_EQ(&block, KIVO_MemAlloc(MID, 1));
+        EXPECT_EQ(7u, std::get<0>(kit::Op<QAL_MemAlloc>().Last()));
+        *handle = 9;
+        return 0;
+    });
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(&block, KIVO_MemAlloc(MID, 1));
+        EXPECT_EQ(9u, std::get<0>(kit::Op<QAL_MemAlloc>().Last()));
+    }
+    EXPECT_EQ(3u, kit::Op<QAL_MemAlloc>().Calls());
+    EXPECT_EQ(2u, kit::Op<QAL_HandleInitialize>().Calls());
 }
 
 TEST(MemoryService, ResizesAndKeepsTheContents) {

@@ -1,6 +1,7 @@
 #include "kit.h"
 
 #include <algorithm>
+#include <uvelcommon_base/btrc_pub.h>
 #include <uvelcommon_base/kivo_chi.h>
 #include <uvelcommon_base/kivo_hooks.h>
 #include <uvelcommon_base/kivo_index.h>
@@ -14,9 +15,32 @@ bool AllAre(const Table &table, Value value) {
     return std::all_of(std::begin(table), std::end(table), [&](const auto &element) { return element == value; });
 }
 
+/* The tables that are cleared hold nothing. */
+void ExpectTablesCleared() {
+    for (const KIVO_CLI_TEMPLET_S &entry : g_stKIVOCliTemplet) {
+        EXPECT_EQ(nullptr, entry.pTemplet);
+        EXPECT_EQ(0u, entry.ulIfTypeFlag);
+    }
+    EXPECT_TRUE(AllAre(g_stKIVOPubHook, nullptr)) << "hooks installed before are gone";
+    EXPECT_TRUE(AllAre(g_szKIVOPdtMacroDefineCfg, 0u));
+    EXPECT_TRUE(AllAre(g_stKIVOPdtOxmCfg, 0u));
+}
+
+/* Every byte of every table, one behind the other. */
+std::string Contents() {
+    std::string bytes;
+    const auto add = [&](const auto &...tables) {
+        (bytes.append(reinterpret_cast<const char *>(&tables), sizeof tables), ...);
+    };
+    add(g_stKIVOPubHook, g_stBtrcPubApiHook, g_aulKivoCommonSpecs, g_stKIVOPdtOxmCfg, g_stKIVOCliTemplet, g_aulKivoTid,
+        g_aulKivoTaskPriority, g_KivoModuleIDs, g_szKIVOPdtMacroDefineCfg, g_aulSRVCOMMON_Specs, g_aulSRVCOMMON_Feature,
+        g_stTableIndex, g_ulTotalTableNum);
+    return bytes;
+}
+
 /* Something other than the default into every table, as far as their setters reach. */
 void SetEverything() {
-    int template_ = 0;
+    static int template_ = 0;
     KIVO_SetCliCmdTemplet(1023, &template_);
     KIVO_SetIfTypeFlag(0, 7);
     KIVO_SetPdtMacroDefine(2047, 7);
@@ -29,6 +53,7 @@ void SetEverything() {
     SRVCOMMON_SetFeature(0, 1);
     const KIVO_HOOK hook = [] {};
     KIVOShell_SetHookFunc(KIVO_HOOK_IF_IS_L2IF, &hook);
+    g_stBtrcPubApiHook[23] = hook;
 }
 
 TEST(Startup, TablesAreZeroUntilTheInitialisation) {
@@ -42,13 +67,7 @@ TEST(Startup, TablesAreZeroUntilTheInitialisation) {
 TEST(Startup, GivesEveryTableItsDefault) {
     SetEverything();
     EXPECT_EQ(0u, UVEL_GlobalVarInit());
-    for (const KIVO_CLI_TEMPLET_S &entry : g_stKIVOCliTemplet) {
-        EXPECT_EQ(nullptr, entry.pTemplet);
-        EXPECT_EQ(0u, entry.ulIfTypeFlag);
-    }
-    EXPECT_TRUE(AllAre(g_stKIVOPubHook, nullptr)) << "hooks installed before are gone";
-    EXPECT_TRUE(AllAre(g_szKIVOPdtMacroDefineCfg, 0u));
-    EXPECT_TRUE(AllAre(g_stKIVOPdtOxmCfg, 0u));
+    ExpectTablesCleared();
     EXPECT_TRUE(AllAre(g_aulKivoTid, 0xFFFFFFFFu));
     EXPECT_EQ(85u, UVEL_GetKivoTaskPriority(0));
     EXPECT_TRUE(AllAre(g_KivoModuleIDs, 0xFFFFFFFFu));
@@ -89,17 +108,30 @@ TEST(Startup, FillsTheChannelsTypeTables) {
     EXPECT_EQ(0xFFFFFFFFu, CHI_MsgP2C(CHI_BACK_HA, 48));
 }
 
+TEST(Startup, AllocatesBetweenTheTablesOfTasksAndTheModuleIds) {
+    SetEverything();
+    KIVO_SetModuleID(74, 0);
+    kit::Op<QAL_MemAlloc>().Does([](uint32_t handle, uint8_t partition, uint32_t size) {
+        ExpectTablesCleared();
+        EXPECT_TRUE(AllAre(g_aulKivoTid, 0xFFFFFFFFu));
+        EXPECT_EQ(85u, UVEL_GetKivoTaskPriority(0));
+        EXPECT_TRUE(AllAre(g_KivoModuleIDs, 0u));
+        EXPECT_EQ(1u, UVEL_GlobalVarInit()) << "a start that is under way counts";
+        return kit::Op<QAL_MemAlloc>().Real(handle, partition, size);
+    });
+    EXPECT_EQ(0u, UVEL_GlobalVarInit());
+    EXPECT_EQ(1u, kit::Op<QAL_MemAlloc>().Calls());
+    EXPECT_TRUE(AllAre(g_KivoModuleIDs, 0xFFFFFFFFu));
+}
+
 TEST(Startup, ASecondCallAnswersOneAndChangesNothing) {
     EXPECT_EQ(0u, UVEL_GlobalVarInit());
     SetEverything();
-    const KIVO_TABLE_INDEX_S *tables = g_stTableIndex;
+    const std::string before = Contents();
     EXPECT_EQ(1u, UVEL_GlobalVarInit());
+    EXPECT_EQ(before, Contents());
     EXPECT_EQ(7u, UVEL_GetKivoTid(61));
-    EXPECT_EQ(7u, UVEL_GetKivoTaskPriority(0));
-    EXPECT_EQ(7u, KIVO_GetPdtOxmCfgSwitch(255));
-    EXPECT_NE(nullptr, UVEL_GetCliCmdTemplet(1023));
     EXPECT_NE(nullptr, g_stKIVOPubHook[5]);
-    EXPECT_EQ(tables, g_stTableIndex);
 }
 
 TEST(Startup, WithoutMemoryForTheRegistryIsFatalAndNotTriedAgain) {
@@ -107,6 +139,8 @@ TEST(Startup, WithoutMemoryForTheRegistryIsFatalAndNotTriedAgain) {
     EXPECT_EQ(1u, UVEL_GlobalVarInit());
     EXPECT_EQ(kit::Sources{"src/common/src/smi/kivo_common"}, kit::TakeFatals());
     EXPECT_EQ(nullptr, g_stTableIndex);
+    EXPECT_TRUE(AllAre(g_KivoModuleIDs, 0u)) << "nothing of what comes after";
+    EXPECT_EQ(0u, CHI_MsgP2C(CHI_BACK_HA, 12));
     EXPECT_EQ(1u, UVEL_GlobalVarInit());
     EXPECT_EQ(kit::Sources{}, kit::TakeFatals());
     EXPECT_EQ(1u, kit::Op<QAL_MemAlloc>().Calls());

@@ -166,6 +166,18 @@ TEST_F(IfTemplate, ATypeIsThereOnlyOnce) {
     EXPECT_EQ(2u, templet.ulCount);
 }
 
+TEST_F(IfTemplate, WithMoreNamesThanItsCapacityRefuses) {
+    Init(2);
+    ASSERT_EQ(0u, KIVO_SetIfTemplet(&templet, 1, "a", kMid));
+    ASSERT_EQ(0u, KIVO_SetIfTemplet(&templet, 2, "b", kMid));
+    templet.ulCapacity = 1;
+    const uint64_t calls = kit::Op<QAL_MemAlloc>().Calls();
+    EXPECT_EQ(1u, KIVO_SetIfTemplet(&templet, 3, "c", kMid));
+    EXPECT_EQ(kOneAssert, kit::TakeAsserts());
+    EXPECT_EQ(calls, kit::Op<QAL_MemAlloc>().Calls());
+    EXPECT_EQ(2u, templet.ulCount);
+}
+
 TEST_F(IfTemplate, ANameIsThereOnlyOnce) {
     Init(4);
     ASSERT_EQ(0u, KIVO_SetIfTemplet(&templet, 1, "a", kMid));

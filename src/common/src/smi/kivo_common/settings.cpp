@@ -19,6 +19,7 @@ static_assert(sizeof(g_stKIVOCliTemplet) == 16384);
 static_assert(sizeof(g_stKIVOPdtOxmCfg) == 1024 && sizeof(g_szKIVOPdtMacroDefineCfg) == 8192);
 static_assert(sizeof(g_aulKivoTid) == 248 && sizeof(g_KivoModuleIDs) == 300);
 static_assert(sizeof(g_aulKivoCommonSpecs) == 28 && sizeof(g_aulSRVCOMMON_Specs) == 32);
+static_assert(sizeof(g_aulKivoTaskPriority) == 4 && sizeof(g_aulSRVCOMMON_Feature) == 4);
 
 /* What a bad index answers differs from table to table on purpose: products rely on each of these results. */
 

@@ -136,7 +136,8 @@ UVEL_API uint32_t KIVO_InitIfTemplet(KIVO_IF_TEMPLET_S *pstTemplet, uint32_t ulM
 
 /* Adds a copy of pszName for interface type ulIfType, charged to module ulMid. Types and names (letter case counts) are
  * unique in a template. 1, with an assertion, for a null template, a null or empty name, ulMid 0xFFFFFFFF, a full
- * template, and a type or name that is there already; 1 when memory is short. The template is then as it was. */
+ * template, and a type or name that is there already; 1 when memory is short. The template is then as it was. A copy that
+ * fails asserts, and the type counts all the same, with an empty name and result 0. */
 UVEL_API uint32_t KIVO_SetIfTemplet(KIVO_IF_TEMPLET_S *pstTemplet, uint32_t ulIfType, const char *pszName,
                                     uint32_t ulMid);
 

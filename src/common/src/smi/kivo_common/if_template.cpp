@@ -73,7 +73,7 @@ uint32_t KIVO_SetIfTemplet(KIVO_IF_TEMPLET_S *pstTemplet, uint32_t ulIfType, con
     if (pstEntry->pszName == nullptr)
         return KIVO_FAIL;
 
-    /* A failed copy is reported, yet the type counts, with an empty name: it must not be added twice. */
+    /* On purpose the type counts even when the copy failed, then with an empty name. */
     if (strcpy_s(pstEntry->pszName, ullSize, pszName) != EOK)
         qal_assert(SOURCE, __LINE__);
     pstEntry->ulIfType = ulIfType;

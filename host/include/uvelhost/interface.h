@@ -128,7 +128,8 @@ UVELHOST_API uint32_t BDS_IfnetGetNumStrFromName(const char *pszName, char *pszN
 UVELHOST_API uint32_t BDS_IfnetGetSlotIdBySlotStr(const char *pszSlot, uint32_t *pulSlot);
 
 /* Writes the text that names a slot to people, at most 31 characters, into ulSize bytes. Fails, with the buffer
- * untouched, when it does not fit or the slot number cannot exist; whether a board is there is not asked. */
+ * untouched, when it does not fit or the slot number cannot exist. In a device of one chassis an empty slot has
+ * its text as well; with several there is none for it, since only a board tells which chassis its slot is in. */
 UVELHOST_API uint32_t IF_GetSlotStrBySlotId(uint32_t ulSlot, char *pszSlot, uint32_t ulSize);
 
 /* ---- whole records ----

@@ -104,8 +104,8 @@ UVEL_API uint32_t KIVO_GetIfIndexByIPv6Addr(KIVO_WORDS);
 /* Always 0: no slot carries WLAN by itself. */
 UVEL_API uint32_t KIVO_IfSlotSupportWLAN(void);
 
-/* Text of a slot as the platform shows it (at most 31 characters) into pszText, which has room for ulSize. What does not
- * fit asserts and leaves an empty text. Always 0. */
+/* Text of a slot as the platform shows it (at most 31 characters) into pszText, which has room for ulSize; an empty text
+ * for a slot that the platform has no text for. What does not fit asserts and leaves an empty text. Always 0. */
 UVEL_API uint32_t KIVO_GetStringByLogicSlotID(uint32_t ulSlotId, char *pszText, uint32_t ulSize);
 
 #endif

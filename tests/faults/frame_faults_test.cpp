@@ -1,19 +1,12 @@
-// Failing bounds-checked functions in the hook frame, the settings, the version texts and the arrays: each asserts, and
-// the operation goes on as it is meant to.
+// Failing bounds-checked functions in the hook frame and the arrays: each asserts, and the operation goes on as meant.
 
 #include "securec_faults.h"
 
 #include <uvelcommon_base/kivo_array.h>
 #include <uvelcommon_base/kivo_hook_interface.h>
-#include <uvelcommon_base/kivo_mem.h>
-#include <uvelcommon_base/kivo_settings.h>
-#include <uvelcommon_base/kivo_version.h>
-#include <uvelcommon_base/nac_log.h>
 
 namespace {
 
-const kit::Sources COMMON{"src/common/src/smi/kivo_common"};
-const kit::Sources VERSION{"src/common/src/smi/kivo_version"};
 const kit::Sources ADAPTFUNC{"src/common/src/smi/kivo_adaptfunc"};
 const std::string SRVCOMMON = "src/common/src/smi/kivo_srvcommon";
 
@@ -23,31 +16,6 @@ TEST(FailingCopy, OfASlotTextAssertsAndAnswersZero) {
     EXPECT_EQ(0u, KIVO_GetStringByLogicSlotID(3, text, sizeof text));
     EXPECT_EQ(ADAPTFUNC, kit::TakeAsserts());
     EXPECT_STREQ("before", text);
-}
-
-TEST(FailingCopy, OfATemplateNameCountsTheTypeAllTheSame) {
-    KIVO_IF_TEMPLET_S templet{};
-    ASSERT_EQ(0u, KIVO_InitIfTemplet(&templet, 1));
-    kit::Op<strcpy_s>().FailsOn(1, 162);
-    EXPECT_EQ(0u, KIVO_SetIfTemplet(&templet, 7, "eth", 1));
-    EXPECT_EQ(COMMON, kit::TakeAsserts());
-    EXPECT_EQ(1u, templet.ulCount);
-    EXPECT_EQ(7u, templet.pstEntries[0].ulIfType);
-    EXPECT_STREQ("", templet.pstEntries[0].pszName) << "the block was cleared before";
-    EXPECT_EQ(1u, KIVO_SetIfTemplet(&templet, 7, "other", 1)) << "the type is there";
-    EXPECT_EQ(COMMON, kit::TakeAsserts());
-    KIVO_MemFree(templet.pstEntries[0].pszName);
-    KIVO_MemFree(templet.pstEntries);
-}
-
-TEST(FailingPrint, OfAVersionAssertsAndTerminatesTheBuffer) {
-    kit::PrintFault fault(kit::Variadic::SNPRINTF_S);
-    char text[32];
-    std::fill(std::begin(text), std::end(text), 'x');
-    EXPECT_EQ(text, UVEL_TransVerNoToStr(1, text));
-    EXPECT_EQ(VERSION, kit::TakeAsserts());
-    EXPECT_EQ('x', text[30]);
-    EXPECT_EQ('\0', text[31]);
 }
 
 TEST(FailingCopy, WhileRemovingFromAnArrayAssertsEveryTimeAndGoesOn) {

@@ -18,12 +18,14 @@ void InstallStandbyHooks() {
     Install(KIVO_HOOK_YSB_IS_LOCAL_CPU_ID, YsbAdaptIsLocalCpuId);
 }
 
-void *MessageAssembler::Take(YSB_SMBUF_S *packet, uint32_t length) {
-    void *complete = nullptr;
+uint32_t MessageAssembler::Take(YSB_SMBUF_S *packet, uint32_t length, void **message) {
+    *message = nullptr;
+    const bool continues = context_.pBuffer != nullptr;
     const uint32_t header = CHI_GetMsgHeadLen(CHI_BACK_YSB); /* the link delivers nothing that is shorter */
-    (void)CHI_RecvMsgForFrag(CHI_BACK_YSB, &context_, packet, CBUF_C2D(CHI_BACK_YSB, packet), length - header,
-                             &complete);
-    return complete;
+    const uint32_t result =
+        CHI_RecvMsgForFrag(CHI_BACK_YSB, &context_, packet, CBUF_C2D(CHI_BACK_YSB, packet), length - header, message);
+    /* Memory is taken for the first packet of a message alone. A later one that does not fit will never do. */
+    return continues ? KIVO_OK : result;
 }
 
 void MessageAssembler::Reset() {

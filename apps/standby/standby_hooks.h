@@ -22,9 +22,10 @@ class MessageAssembler {
     MessageAssembler(const MessageAssembler &) = delete;
     MessageAssembler &operator=(const MessageAssembler &) = delete;
 
-    /* Takes a packet of ulLen bytes from YSB_LINK_CONFIG_S::pfReceive. Returns the message that it completes, a channel
-     * buffer (CHI_BACK_YSB) of the caller, or null. */
-    void *Take(YSB_SMBUF_S *packet, uint32_t length);
+    /* Takes a packet of `length` bytes from YSB_LINK_CONFIG_S::pfReceive. The message that it completes, a channel buffer
+     * (CHI_BACK_YSB) of the caller, comes in *message, otherwise null. The result is that of pfReceive: not 0 when memory
+     * is short, and the packet must come again. */
+    uint32_t Take(YSB_SMBUF_S *packet, uint32_t length, void **message);
 
     /* Forgets a message in progress: the rest of it will not come (YSB_LINK_CONFIG_S::pfPeerIsNew). */
     void Reset();

@@ -24,10 +24,11 @@ void ForParts(void *context, Call call) {
 /* Puts together what the link brings; used on the link's thread alone. */
 uvel::apps::MessageAssembler g_assembler;
 
-void OnPacket(void *context, uint32_t mod_id, uint8_t, YSB_SMBUF_S *packet, uint32_t length) {
-    void *message = g_assembler.Take(packet, length);
+uint32_t OnPacket(void *context, uint32_t mod_id, uint8_t, YSB_SMBUF_S *packet, uint32_t length) {
+    void *message = nullptr;
+    const uint32_t result = g_assembler.Take(packet, length, &message);
     if (message == nullptr)
-        return;
+        return result;
     bool is_taken = false;
     ForParts(context, [&](const UVELD_STANDBY_S &standby) {
         if (!is_taken && standby.ulModId == mod_id && standby.pfMessage != nullptr) {
@@ -39,6 +40,7 @@ void OnPacket(void *context, uint32_t mod_id, uint8_t, YSB_SMBUF_S *packet, uint
         LogWarning("standby: a message of the unknown module id {} was dropped", mod_id);
         CBUF_Free(CHI_BACK_YSB, message);
     }
+    return UVELHOST_OK;
 }
 
 void OnPeerIsNew(void *) {

@@ -45,11 +45,12 @@ uint64_t Digest(uint64_t before, const uint8_t *record) {
     return before * 0x9E3779B97F4A7C15U + number + 1;
 }
 
-void TakeMessage(void *context, uint32_t, uint8_t, YSB_SMBUF_S *smbuf, uint32_t length) {
+uint32_t TakeMessage(void *context, uint32_t, uint8_t, YSB_SMBUF_S *smbuf, uint32_t length) {
     auto *receiver = static_cast<Receiver *>(context);
-    void *message = receiver->assembler.Take(smbuf, length);
+    void *message = nullptr;
+    const uint32_t result = receiver->assembler.Take(smbuf, length, &message);
     if (message == nullptr)
-        return;
+        return result;
     CHI_MSG_INFO_S info{};
     (void)CHI_GetMsgInfo(CHI_BACK_YSB, message, &info);
     receiver->digest = Digest(receiver->digest, static_cast<const uint8_t *>(CBUF_C2D(CHI_BACK_YSB, message)));
@@ -57,6 +58,7 @@ void TakeMessage(void *context, uint32_t, uint8_t, YSB_SMBUF_S *smbuf, uint32_t 
     ++receiver->messages;
     CBUF_Free(CHI_BACK_YSB, message);
     receiver->Check();
+    return UVELHOST_OK;
 }
 
 std::atomic<uint32_t> g_delivered{0};

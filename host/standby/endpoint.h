@@ -35,14 +35,15 @@ struct EndpointSettings {
 /* What an endpoint tells its owner. No lock is held. */
 class EndpointOwner {
   public:
-    virtual void Received(uint32_t module, uint8_t cpu, Smbuf message, uint32_t length) = 0;
+    /* False: could not be taken, must come again. */
+    virtual bool Received(uint32_t module, uint8_t cpu, Smbuf message, uint32_t length) = 0;
     virtual void PeerIsNew() = 0;
     virtual void BatchWanted(uint32_t batch) = 0; /* any thread */
     virtual void BatchDelivered(uint32_t batch) = 0;
     virtual void PeerBatch(bool begins) = 0;
-    virtual void StateChanged() = 0;
-    virtual void Progress() = 0; /* Fate may answer otherwise than before */
-    virtual void Wake() = 0;     /* there is something to send; any thread */
+    virtual void StateChanged() = 0; /* any thread */
+    virtual void Progress() = 0;     /* Fate may answer otherwise than before */
+    virtual void Wake() = 0;         /* there is something to send; any thread */
 
   protected:
     ~EndpointOwner() = default;
@@ -94,7 +95,6 @@ class Endpoint {
     bool IsUp() const { return phase_ == Phase::RUNNING; }
     /* Why the latest CLOSE; NONE for other reasons than a refusal, which stand in the text. */
     Refusal Refused() const { return refused_; }
-    bool RefusedByPeer() const { return refused_by_peer_; }
     const std::string &Trouble() const { return trouble_; }
 
   private:
@@ -110,7 +110,7 @@ class Endpoint {
     void Make(const Calls &calls);
 
     /* Sending; the lock is held. */
-    Sending Check(const uint8_t *message, uint32_t length);
+    Sending Check(YSB_SMBUF &message, uint32_t length);
     void AppendMessage(uint32_t module, uint8_t cpu, Smbuf message, uint32_t length);
     bool WaitForRoom(std::unique_lock<std::mutex> &lock, std::size_t bytes, Patience patience);
     void Overflow();
@@ -118,6 +118,8 @@ class Endpoint {
     bool NewBatch(Calls &calls);
     bool AppendMark(FrameType type);
     RoleInfo OwnRole() const;
+    uint32_t NextTerm() const; /* of a device that takes over */
+    bool IsToBeActive() const;
     void BecomeActive(bool active, uint32_t least_term, Calls &calls);
     uint32_t Backup() const;
 
@@ -146,8 +148,9 @@ class Endpoint {
     bool shut_ = false;
     SendStream stream_;
     bool up_ = false;
-    bool attached_ = false; /* the link's thread sends the stream, and holds on to its bytes */
-    bool gap_ = false;      /* a message was refused for want of room: the owner must send everything again */
+    bool attached_ = false;    /* the link's thread sends the stream, and holds on to its bytes */
+    bool gap_ = false;         /* a message was refused for want of room: the owner must send everything again */
+    bool fell_behind_ = false; /* and that is to be told */
     uint32_t batch_ = 0;
     uint64_t batch_end_ = 0; /* number of the mark that ends the batch; 0: not ended */
     bool delivered_ = false; /* the peer has all of the latest batch */
@@ -176,7 +179,6 @@ class Endpoint {
     uint64_t last_out_ = 0;
     uint64_t alone_since_;
     Refusal refused_ = Refusal::NONE;
-    bool refused_by_peer_ = false;
     std::string trouble_;
 };
 

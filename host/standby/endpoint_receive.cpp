@@ -4,13 +4,13 @@
 
 #include "standby/role.h"
 #include <algorithm>
+#include <utility>
 #include <uvelhost/ha.h>
 
 namespace uvel::host::standby {
 
 using C = YSB_LINK_COUNTERS_S;
 
-constexpr uint32_t TOTAL_LENGTH = 32;                /* offset in a message's header */
 constexpr std::size_t ACKNOWLEDGE_AFTER = 256 << 10; /* bytes taken, at the latest */
 
 /* ---- connection */
@@ -22,7 +22,6 @@ void Endpoint::Connected(uint64_t now) {
     acknowledge_ = heartbeat_ = false;
     phase_ = Phase::AWAIT_HELLO;
     refused_ = Refusal::NONE;
-    refused_by_peer_ = false;
     trouble_.clear();
     last_in_ = last_out_ = now;
     told_ = received_;
@@ -33,12 +32,12 @@ void Endpoint::Connected(uint64_t now) {
     hello.received = received_;
     hello.max_message = settings_.max_message;
     hello.cpus = settings_.cpus;
-    hello.modules = Modules::Instance().Begin();
     {
         std::lock_guard lock(lock_);
         hello.role = OwnRole();
         tell_role_ = tell_versions_ = false;
     }
+    hello.modules = Modules::Instance().Begin(); /* what is registered from here on asks to be told */
     AppendFrame(control_, {0, FrameType::HELLO}, EncodeHello(hello));
 }
 
@@ -109,6 +108,8 @@ void Endpoint::Written(uint64_t now) {
 uint64_t Endpoint::NextTick() const {
     if (phase_ == Phase::AWAY)
         return alone_since_ + settings_.takeover_ms;
+    if (phase_ != Phase::RUNNING)
+        return last_in_ + settings_.timeout_ms;
     return std::min(last_in_ + settings_.timeout_ms, last_out_ + settings_.heartbeat_ms);
 }
 
@@ -124,12 +125,17 @@ Endpoint::Step Endpoint::Tick(uint64_t now) {
             heartbeat_ = true;
             last_out_ = now;
         }
+        {
+            std::lock_guard lock(lock_);
+            calls.state_changed = std::exchange(fell_behind_, false);
+        }
+        Make(calls);
         return Step::GOOD;
     }
     if (now >= alone_since_ + settings_.takeover_ms) {
         std::lock_guard lock(lock_);
         if (role_ == YSB_LINK_ROLE_AUTO && !active_)
-            BecomeActive(true, std::max(term_, peer_role_.term) + 1, calls);
+            BecomeActive(true, NextTerm(), calls);
     }
     Make(calls);
     return Step::GOOD;
@@ -193,7 +199,6 @@ Endpoint::Step Endpoint::Take(Frame &frame) {
 Endpoint::Step Endpoint::OnRefuse(const Frame &frame) {
     const uint32_t reason = frame.head.number < REFUSALS ? static_cast<uint32_t>(frame.head.number) : 0;
     counters_.AddRefusedBy(reason);
-    refused_by_peer_ = true;
     trouble_ = std::string("the peer refused this device: ") + YSB_Link_RefusalText(reason);
     return Step::CLOSE;
 }
@@ -303,9 +308,12 @@ Endpoint::Step Endpoint::OnData(Frame &frame) {
         counters_.Add(&C::ulOverlong);
         return Close("the peer announced a message above the maximum", &C::ulViolations);
     }
+    if (!owner_.Received(frame.head.module, frame.head.cpu, std::move(frame.message), frame.head.length)) {
+        trouble_ = "a packet of the peer could not be taken, it has to come again";
+        return Step::CLOSE;
+    }
     counters_.AddAlone(&C::ulPacketsReceived);
     counters_.AddAlone(&C::ulBytesReceived, frame.head.length);
-    owner_.Received(frame.head.module, frame.head.cpu, std::move(frame.message), frame.head.length);
     (void)TakeNumber(frame);
     return Step::GOOD;
 }
@@ -334,7 +342,7 @@ Endpoint::Step Endpoint::OnAcknowledge(const Frame &frame) {
             return Close("the peer acknowledged what it was not sent", &C::ulViolations);
         counters_.Add(&C::ulAcknowledged, stream_.Acknowledged() - before);
         calls.progress = stream_.Acknowledged() != before;
-        if (batch_end_ != 0 && stream_.Acknowledged() >= batch_end_ && !delivered_) {
+        if (batch_end_ != 0 && stream_.Acknowledged() >= batch_end_ && !delivered_ && !gap_) {
             delivered_ = true;
             counters_.Add(&C::ulBatchesDelivered);
             calls.batch_delivered = batch_;
@@ -364,9 +372,8 @@ Endpoint::Step Endpoint::OnRole(const Frame &frame) {
         peer_role_ = peer;
         peer_role_.active = PeerActive(verdict, peer);
         const bool before = active_;
-        BecomeActive(verdict == Verdict::ACTIVE, peer.term, calls);
-        if (active_ && !before)
-            ++term_;
+        const bool takes_over = verdict == Verdict::ACTIVE && !before;
+        BecomeActive(verdict == Verdict::ACTIVE, takes_over ? NextTerm() : peer.term, calls);
         tell_role_ = tell_role_ || active_ != before;
     }
     Make(calls);

@@ -2,6 +2,7 @@
 
 #include "standby/endpoint.h"
 
+#include "standby/role.h"
 #include <algorithm>
 #include <chrono>
 #include <new>
@@ -13,12 +14,16 @@ namespace uvel::host::standby {
 
 using C = YSB_LINK_COUNTERS_S;
 
-/* Offsets in a message's header. */
-constexpr uint32_t TOTAL_LENGTH = 32;
-constexpr uint32_t FRAGMENT_NUMBER = 44;
+constexpr uint32_t FRAGMENT_NUMBER = 44; /* offset in a message's header */
 
-/* Payload from which on a message is kept in its own buffer in place of a copy. */
+/* Payload from which on a message is kept in its own buffer in place of a copy; but no buffer that is much larger than
+ * its message, for the window counts messages. */
 constexpr uint32_t KEEP_BUFFER = 16384;
+
+static bool IsWorthKeeping(const YSB_SMBUF &message, uint32_t length, uint32_t mtu) {
+    const uint32_t payload = length - MESSAGE_HEADER;
+    return payload >= KEEP_BUFFER && payload <= mtu && message.size - length <= length / 4;
+}
 
 static uint32_t FragmentsOf(uint32_t payload, uint32_t mtu) {
     return payload == 0 ? 1 : (payload - 1) / mtu + 1;
@@ -47,8 +52,8 @@ void Endpoint::Make(const Calls &calls) {
 
 /* Whether the message can travel at all: a receiver that puts fragments together goes by the total length in the
  * header, which must therefore be true of a message that is cut, and must not announce more than there is. */
-Endpoint::Sending Endpoint::Check(const uint8_t *message, uint32_t length) {
-    if (length < MESSAGE_HEADER) {
+Endpoint::Sending Endpoint::Check(YSB_SMBUF &message, uint32_t length) {
+    if (length < MESSAGE_HEADER || length > message.size) {
         counters_.AddAlone(&C::ulRefusedMalformed);
         return Sending::MALFORMED;
     }
@@ -57,7 +62,7 @@ Endpoint::Sending Endpoint::Check(const uint8_t *message, uint32_t length) {
         counters_.AddAlone(&C::ulRefusedTooLarge);
         return Sending::TOO_LARGE;
     }
-    const uint32_t total = Get<uint32_t>(message + TOTAL_LENGTH);
+    const uint32_t total = Get<uint32_t>(DataOf(&message) + TOTAL_LENGTH);
     if (total > payload || (payload > settings_.mtu && total != payload)) {
         counters_.AddAlone(&C::ulRefusedMalformed);
         return Sending::MALFORMED;
@@ -66,9 +71,11 @@ Endpoint::Sending Endpoint::Check(const uint8_t *message, uint32_t length) {
 }
 
 /* There is no room. While the peer is there, everything is sent again as soon as there is some. While it is away, there
- * is no going on from here, only from the beginning. */
+ * is no going on from here, only from the beginning. That the state is another one now the link's thread tells: the
+ * sender may hold locks of its own. */
 void Endpoint::Overflow() {
     if (attached_) {
+        fell_behind_ = fell_behind_ || !gap_;
         gap_ = true;
         return;
     }
@@ -95,7 +102,7 @@ bool Endpoint::WaitForRoom(std::unique_lock<std::mutex> &lock, std::size_t bytes
 void Endpoint::AppendMessage(uint32_t module, uint8_t cpu, Smbuf message, uint32_t length) {
     uint8_t *header = DataOf(message.get());
     const uint32_t payload = length - MESSAGE_HEADER;
-    if (payload >= KEEP_BUFFER && payload <= settings_.mtu) {
+    if (IsWorthKeeping(*message, length, settings_.mtu)) {
         Put(header + FRAGMENT_NUMBER, uint32_t{0});
         stream_.Append({length, FrameType::DATA, cpu, module}, std::move(message));
         return;
@@ -113,7 +120,7 @@ void Endpoint::AppendMessage(uint32_t module, uint8_t cpu, Smbuf message, uint32
 
 Endpoint::Sending Endpoint::Send(uint32_t module, uint8_t cpu, Smbuf message, uint32_t length, Patience patience) {
     std::unique_lock lock(lock_);
-    const Sending checked = Check(DataOf(message.get()), length);
+    Sending checked = Check(*message, length);
     if (checked != Sending::ACCEPTED)
         return checked;
     if (!stream_.IsOpen() || shut_) {
@@ -122,11 +129,18 @@ Endpoint::Sending Endpoint::Send(uint32_t module, uint8_t cpu, Smbuf message, ui
     }
     const uint32_t payload = length - MESSAGE_HEADER;
     const std::size_t bytes = BytesFor(payload, settings_.mtu);
-    if (!stream_.Fits(bytes) && !WaitForRoom(lock, bytes, patience)) {
-        counters_.AddAlone(&C::ulRefusedWindow);
-        if (stream_.IsOpen() && patience != Patience::BATCH)
-            Overflow();
-        return Sending::NO_ROOM;
+    if (!stream_.Fits(bytes)) {
+        if (!WaitForRoom(lock, bytes, patience)) {
+            counters_.AddAlone(&C::ulRefusedWindow);
+            if (stream_.IsOpen() && patience != Patience::BATCH)
+                Overflow();
+            lock.unlock();
+            owner_.Wake();
+            return Sending::NO_ROOM;
+        }
+        checked = Check(*message, length); /* the peer may be another one by now */
+        if (checked != Sending::ACCEPTED)
+            return checked;
     }
     const uint32_t fragments = FragmentsOf(payload, settings_.mtu);
     try {
@@ -185,8 +199,12 @@ bool Endpoint::NewStream(Calls &calls) {
 bool Endpoint::BatchDone(uint32_t batch) {
     {
         std::lock_guard lock(lock_);
-        if (batch == 0 || batch != batch_ || batch_end_ != 0 || !stream_.IsOpen() || !AppendMark(FrameType::BATCH_END))
+        if (batch == 0 || batch != batch_ || batch_end_ != 0 || !stream_.IsOpen())
             return false;
+        if (!AppendMark(FrameType::BATCH_END)) {
+            Overflow(); /* a batch that cannot be ended is done anew */
+            return false;
+        }
         batch_end_ = stream_.LastNumber();
     }
     owner_.Wake();
@@ -211,6 +229,11 @@ RoleInfo Endpoint::OwnRole() const {
     return {static_cast<uint8_t>(role_), static_cast<uint8_t>(active_), term_, settings_.priority};
 }
 
+uint32_t Endpoint::NextTerm() const {
+    const uint32_t latest = std::max(term_, peer_role_.term);
+    return latest == UINT32_MAX ? latest : latest + 1; /* none is behind one that wrapped */
+}
+
 void Endpoint::BecomeActive(bool active, uint32_t least_term, Calls &calls) {
     term_ = std::max(term_, least_term);
     if (active == active_)
@@ -219,15 +242,20 @@ void Endpoint::BecomeActive(bool active, uint32_t least_term, Calls &calls) {
     calls.state_changed = true;
 }
 
+/* By the configured role; where the pair decides, by what the peer said when it was last heard of. */
+bool Endpoint::IsToBeActive() const {
+    if (role_ != YSB_LINK_ROLE_AUTO)
+        return role_ == YSB_LINK_ROLE_ACTIVE;
+    return up_ ? DecideRole(OwnRole(), peer_role_, settings_.name, settings_.peer_name) == Verdict::ACTIVE : active_;
+}
+
 void Endpoint::SetRole(uint32_t role) {
     Calls calls;
     {
         std::lock_guard lock(lock_);
         role_ = role;
-        if (role == YSB_LINK_ROLE_ACTIVE && !active_)
-            BecomeActive(true, std::max(term_, peer_role_.term) + 1, calls);
-        else if (role == YSB_LINK_ROLE_STANDBY)
-            BecomeActive(false, term_, calls);
+        const bool active = IsToBeActive();
+        BecomeActive(active, active && !active_ ? NextTerm() : term_, calls);
         tell_role_ = true;
     }
     Make(calls);
@@ -246,7 +274,7 @@ uint32_t Endpoint::Backup() const {
     if (!up_)
         return HA_STATE_ALONE;
     if (active_)
-        return delivered_ ? HA_STATE_REALTIME : HA_STATE_BATCH;
+        return delivered_ && !gap_ ? HA_STATE_REALTIME : HA_STATE_BATCH;
     switch (peer_batch_) {
     case PeerBatchState::NONE:
         return HA_STATE_WAIT;

@@ -2,7 +2,6 @@
 
 #include "standby/link.h"
 
-#include "crypto/report.h"
 #include "standby/batch_finish.h"
 #include "standby/ha_follow.h"
 #include <algorithm>
@@ -16,7 +15,7 @@ namespace uvel::host::standby {
 
 static thread_local Endpoint::Patience t_patience = Endpoint::Patience::SHORT;
 
-static uint64_t Now() {
+uint64_t Link::Now() {
     timespec now;
     clock_gettime(CLOCK_MONOTONIC, &now);
     return static_cast<uint64_t>(now.tv_sec) * 1000 + static_cast<uint64_t>(now.tv_nsec) / 1000000;
@@ -156,8 +155,8 @@ YSB_LINK_COUNTERS_S Link::CopyCounters() {
 
 /* ---- what the endpoint tells */
 
-void Link::Received(uint32_t module, uint8_t cpu, Smbuf message, uint32_t length) {
-    config_.pfReceive(config_.pContext, module, cpu, message.release(), length);
+bool Link::Received(uint32_t module, uint8_t cpu, Smbuf message, uint32_t length) {
+    return config_.pfReceive(config_.pContext, module, cpu, message.release(), length) == UVELHOST_OK;
 }
 
 void Link::PeerIsNew() {

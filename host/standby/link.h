@@ -55,7 +55,7 @@ class Link final : private EndpointOwner {
     Link(const YSB_LINK_CONFIG_S &config, EndpointSettings settings, std::unique_ptr<TlsContext> tls);
 
     /* EndpointOwner */
-    void Received(uint32_t module, uint8_t cpu, Smbuf message, uint32_t length) override;
+    bool Received(uint32_t module, uint8_t cpu, Smbuf message, uint32_t length) override;
     void PeerIsNew() override;
     void BatchWanted(uint32_t batch) override;
     void BatchDelivered(uint32_t batch) override;
@@ -64,10 +64,13 @@ class Link final : private EndpointOwner {
     void Progress() override;
     void Wake() override;
 
+    static uint64_t Now();
     void Publish();
 
     /* The link's thread. */
     void Run();
+    void Turn();
+    void GiveUpConnections();
     void Wait();
     int TimeoutOfWait(uint64_t now) const;
     void StartConnecting(uint64_t now);
@@ -105,6 +108,7 @@ class Link final : private EndpointOwner {
     std::vector<pollfd> polled_;
     uint64_t next_connect_ = 0;
     uint32_t pause_ms_ = 0;
+    uint64_t deaf_until_ = 0; /* peers are not listened for */
     bool knocked_ = false;    /* peers wait to be accepted */
     bool read_more_ = false;  /* there is, or may be, something to read */
     bool write_more_ = false; /* the turn of writing ended before all was written */

@@ -5,7 +5,7 @@
 #include "crypto/report.h"
 #include <algorithm>
 #include <cerrno>
-#include <ctime>
+#include <new>
 #include <unistd.h>
 
 namespace uvel::host::standby {
@@ -18,12 +18,7 @@ constexpr int READS_AT_ONCE = 64;                /* records, before it is the tu
 constexpr int WRITES_AT_ONCE = 32;
 constexpr uint64_t LASTED_MS = 1000;
 constexpr uint64_t SAY_EVERY_MS = 1000;
-
-static uint64_t Now() {
-    timespec now;
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return static_cast<uint64_t>(now.tv_sec) * 1000 + static_cast<uint64_t>(now.tv_nsec) / 1000000;
-}
+constexpr uint64_t DEAF_MS = 100; /* to peers who knock, while this process has no descriptor or memory left for them */
 
 Link::Connection::~Connection() {
     tls.reset();
@@ -86,8 +81,11 @@ void Link::BackOff(uint64_t now) {
 void Link::AcceptPeers(uint64_t now) {
     while (pending_.size() < MAX_PENDING) {
         const int socket = accept4(listener_, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
-        if (socket < 0)
+        if (socket < 0) {
+            if (errno == EMFILE || errno == ENFILE || errno == ENOBUFS || errno == ENOMEM)
+                deaf_until_ = now + DEAF_MS;
             return;
+        }
         auto connection =
             std::make_unique<Connection>(socket, Connection::State::HANDSHAKE, now + settings_.timeout_ms);
         connection->peer = PeerText(socket);
@@ -231,6 +229,8 @@ int Link::TimeoutOfWait(uint64_t now) const {
         next = now + settings_.timeout_ms; /* took over long ago */
     if (connects_ && current_ == nullptr && pending_.empty())
         next = std::min(next, next_connect_);
+    if (deaf_until_ > now)
+        next = std::min(next, deaf_until_);
     for (const auto &connection : pending_)
         next = std::min(next, connection->deadline);
     return next <= now ? 0 : static_cast<int>(std::min<uint64_t>(next - now, 60000));
@@ -239,7 +239,8 @@ int Link::TimeoutOfWait(uint64_t now) const {
 void Link::Wait() {
     polled_.clear();
     polled_.push_back({wake_, POLLIN, 0});
-    const bool listens = listener_ >= 0 && pending_.size() < MAX_PENDING;
+    const uint64_t now = Now();
+    const bool listens = listener_ >= 0 && pending_.size() < MAX_PENDING && now >= deaf_until_;
     if (listens)
         polled_.push_back({listener_, POLLIN, 0});
     const auto add = [&](const Connection &connection) {
@@ -251,7 +252,7 @@ void Link::Wait() {
         add(*connection);
     if (current_ != nullptr)
         add(*current_);
-    (void)poll(polled_.data(), polled_.size(), TimeoutOfWait(Now()));
+    (void)poll(polled_.data(), polled_.size(), TimeoutOfWait(now));
     if (polled_[0].revents != 0) {
         uint64_t count;
         [[maybe_unused]] const ssize_t ignored = read(wake_, &count, sizeof count);
@@ -261,24 +262,43 @@ void Link::Wait() {
         read_more_ = true;
 }
 
+void Link::Turn() {
+    /* From here on whoever has something to send wakes this thread: what came before is sent below. */
+    idle_.store(true);
+    if (current_ != nullptr)
+        WritePeer(Now());
+    Wait();
+    idle_.store(false);
+    const uint64_t now = Now();
+    if (knocked_)
+        AcceptPeers(now);
+    AdvancePending(now);
+    if (current_ != nullptr && read_more_)
+        ReadPeer(now);
+    if (endpoint_.Tick(now) == Endpoint::Step::CLOSE && current_ != nullptr)
+        Drop(now);
+    if (connects_ && current_ == nullptr && pending_.empty() && now >= next_connect_)
+        StartConnecting(now);
+}
+
+/* Memory was short in the middle of something: all connections end, the streams go on with the next one. */
+void Link::GiveUpConnections() {
+    if (current_ != nullptr)
+        endpoint_.Lost();
+    current_.reset();
+    pending_.clear();
+    read_more_ = write_more_ = false;
+    deaf_until_ = Now() + DEAF_MS;
+    BackOff(Now());
+}
+
 void Link::Run() {
     while (!stop_.load()) {
-        /* From here on whoever has something to send wakes this thread: what came before is sent below. */
-        idle_.store(true);
-        if (current_ != nullptr)
-            WritePeer(Now());
-        Wait();
-        idle_.store(false);
-        const uint64_t now = Now();
-        if (knocked_)
-            AcceptPeers(now);
-        AdvancePending(now);
-        if (current_ != nullptr && read_more_)
-            ReadPeer(now);
-        if (endpoint_.Tick(now) == Endpoint::Step::CLOSE && current_ != nullptr)
-            Drop(now);
-        if (connects_ && current_ == nullptr && pending_.empty() && now >= next_connect_)
-            StartConnecting(now);
+        try {
+            Turn();
+        } catch (const std::bad_alloc &) {
+            GiveUpConnections();
+        }
     }
     if (current_ != nullptr)
         current_->tls->SayGoodbye();

@@ -19,7 +19,7 @@ class Modules {
 
     /* Adds the module when it is new. False when the table is full. */
     bool Add(uint32_t module);
-    /* False for a module that was not added. True in *first_while_connected: the peer is to be told now. */
+    /* False for a module that was not added. True in *tell_now: the peer is to be told now. */
     bool Register(const ModuleVersion &version, bool *tell_now);
     std::optional<uint32_t> Negotiated(uint32_t module) const;
 

@@ -17,7 +17,7 @@ void SendStream::Restart(uint64_t name) {
 void SendStream::DropFront() {
     Chunk &chunk = chunks_.front();
     held_ -= chunk.used;
-    if (chunk.size == CHUNK && chunk.own != nullptr && spare_.size() < window_ / CHUNK)
+    if (chunk.size == CHUNK && chunk.own != nullptr && spare_.size() < spare_.capacity())
         spare_.push_back(std::move(chunk.own));
     chunks_.pop_front();
     if (sending_ > 0)
@@ -27,15 +27,16 @@ void SendStream::DropFront() {
 void SendStream::Prepare(std::size_t bytes) {
     if (!chunks_.empty() && chunks_.back().size - chunks_.back().used >= bytes)
         return;
+    const bool is_between = !chunks_.empty() && chunks_.back().own == nullptr;
     Chunk chunk;
-    if (bytes <= CHUNK && !spare_.empty()) {
+    chunk.size = std::max(bytes, is_between ? SMALL_CHUNK : CHUNK);
+    if (chunk.size == CHUNK && !spare_.empty()) {
         chunk.own = std::move(spare_.back());
         spare_.pop_back();
     } else {
-        chunk.own.reset(new uint8_t[std::max(bytes, CHUNK)]);
+        chunk.own.reset(new uint8_t[chunk.size]);
     }
     chunk.bytes = chunk.own.get();
-    chunk.size = std::max(bytes, CHUNK);
     chunk.first = next_;
     chunk.last = next_ - 1;
     chunks_.push_back(std::move(chunk));

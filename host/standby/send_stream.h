@@ -15,15 +15,18 @@ namespace uvel::host::standby {
 
 class SendStream {
   public:
-    explicit SendStream(std::size_t window) : window_(window) {}
+    explicit SendStream(std::size_t window) : window_(window) { spare_.reserve(window / CHUNK); }
 
     /* Forgets everything and begins a stream of this name; 0 closes. */
     void Restart(uint64_t name);
     uint64_t Name() const { return name_; }
     bool IsOpen() const { return name_ != 0; }
 
-    /* Whether `bytes` more stay within the window. An empty stream takes anything. */
-    bool Fits(std::size_t bytes) const { return held_ == 0 || held_ + bytes <= window_; }
+    /* Whether there is room for `bytes` more: within the window, and for a long message as soon as half of that is free,
+     * so that small ones cannot keep it out for ever. */
+    bool Fits(std::size_t bytes) const {
+        return bytes <= window_ / 2 ? held_ + bytes <= window_ : held_ <= window_ / 2;
+    }
 
     /* Appends a frame of a message that is kept in its own buffer: worth it for long ones. Throws when memory is
      * short; nothing is appended then. */
@@ -72,6 +75,7 @@ class SendStream {
         uint64_t last = 0;  /* number of its last frame */
     };
     static constexpr std::size_t CHUNK = 256 * 1024;
+    static constexpr std::size_t SMALL_CHUNK = 4096; /* between messages in their own buffers */
 
     struct Run { /* what Unsent gave */
         std::size_t bytes = 0;

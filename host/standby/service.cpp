@@ -39,7 +39,7 @@ class LinkInUse {
 uint32_t Output(uint32_t module, YSB_SMBUF_S *smbuf, uint32_t length, uint8_t cpu) {
     Smbuf owned(smbuf);
     const LinkInUse link;
-    if (!link || smbuf == nullptr || length > smbuf->size)
+    if (!link || smbuf == nullptr)
         return 1;
     try {
         return link->Send(module, cpu, std::move(owned), length) == Endpoint::Sending::ACCEPTED ? UVELHOST_OK : 1;

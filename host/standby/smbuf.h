@@ -17,6 +17,7 @@ static_assert(sizeof(YSB_SMBUF) == 32, "the data is aligned like the block");
 namespace uvel::host::standby {
 
 constexpr uint32_t MESSAGE_HEADER = 48;        /* bytes that the channel above fills */
+constexpr uint32_t TOTAL_LENGTH = 32;          /* where in it the payload bytes of the whole message stand */
 constexpr uint32_t LARGEST_MESSAGE = 64 << 20; /* most payload bytes that a link can be configured for */
 constexpr uint32_t LARGEST_SMBUF = MESSAGE_HEADER + LARGEST_MESSAGE;
 

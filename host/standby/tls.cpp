@@ -99,7 +99,11 @@ std::unique_ptr<TlsContext> TlsContext::Load(const Files &files, const std::stri
 int TlsChannel::BioWrite(BIO *bio, const char *bytes, int count) {
     auto *channel = static_cast<TlsChannel *>(BIO_get_data(bio));
     const auto *first = reinterpret_cast<const uint8_t *>(bytes);
-    channel->out_.insert(channel->out_.end(), first, first + count);
+    try {
+        channel->out_.insert(channel->out_.end(), first, first + count);
+    } catch (const std::bad_alloc &) {
+        return -1; /* no exception goes through OpenSSL */
+    }
     return count;
 }
 
@@ -211,6 +215,8 @@ TlsChannel::Io TlsChannel::Handshake() {
 }
 
 TlsChannel::Io TlsChannel::Read(std::span<uint8_t> room, std::size_t &got) {
+    if (ERR_peek_error() != 0)
+        ERR_clear_error(); /* of whoever else uses OpenSSL on this thread: it would count as this connection's */
     errno = 0;
     const int result = SSL_read_ex(ssl_.get(), room.data(), room.size(), &got);
     return result == 1 ? Io::DONE : Failed(result);

@@ -1,5 +1,7 @@
 #include "standby/wire.h"
 
+#include <uvelhost/standby_link.h>
+
 namespace uvel::host::standby {
 
 namespace {
@@ -22,8 +24,9 @@ void PushRole(std::vector<uint8_t> &out, const RoleInfo &role) {
     Push(out, role.priority);
 }
 
-RoleInfo RoleAt(const uint8_t *at) {
-    return {at[0], at[1], Get<uint32_t>(at + 2), Get<uint32_t>(at + 6)};
+bool RoleAt(const uint8_t *at, RoleInfo &role) {
+    role = {at[0], at[1], Get<uint32_t>(at + 2), Get<uint32_t>(at + 6)};
+    return role.configured <= YSB_LINK_ROLE_STANDBY && role.active <= 1;
 }
 
 } // namespace
@@ -69,10 +72,7 @@ std::vector<uint8_t> EncodeHello(const Hello &hello) {
 }
 
 bool DecodeRole(std::span<const uint8_t> body, RoleInfo &role) {
-    if (body.size() != ROLE_BYTES)
-        return false;
-    role = RoleAt(body.data());
-    return true;
+    return body.size() == ROLE_BYTES && RoleAt(body.data(), role);
 }
 
 bool DecodeVersions(std::span<const uint8_t> body, std::vector<ModuleVersion> &modules) {
@@ -96,7 +96,8 @@ bool DecodeHello(std::span<const uint8_t> body, Hello &hello) {
     hello.received = Get<uint64_t>(&body[16]);
     hello.max_message = Get<uint32_t>(&body[24]);
     hello.cpus = Get<uint32_t>(&body[28]);
-    hello.role = RoleAt(&body[32]);
+    if (hello.cpus == 0 || hello.cpus > YSB_LINK_ANY_CPU || !RoleAt(&body[32], hello.role))
+        return false;
     return DecodeVersions(body.subspan(HELLO_FIXED), hello.modules);
 }
 

@@ -23,11 +23,12 @@ constexpr uint64_t NOW = 1'000'000;
 struct Side final : EndpointOwner {
     explicit Side(const EndpointSettings &settings) : endpoint(settings, *this, counters, NOW) {}
 
-    void Received(uint32_t, uint8_t, Smbuf message, uint32_t length) override {
+    bool Received(uint32_t, uint8_t, Smbuf message, uint32_t length) override {
         REQUIRE(message != nullptr && length >= MESSAGE_HEADER && length == message->size);
         REQUIRE(length - MESSAGE_HEADER <= 4096);
         REQUIRE(Get<uint32_t>(DataOf(message.get()) + 32) <= 4096);
         numbers.push_back(Get<uint32_t>(DataOf(message.get()) + 12));
+        return true;
     }
     void PeerIsNew() override { numbers.clear(); }
     void BatchWanted(uint32_t batch) override { wanted = batch; }

@@ -1,67 +1,14 @@
-// What the host does when memory is short: operator new of this executable, which the host library calls too, fails on
-// demand.
+// What the host does when memory is short.
 
 #include "confdb_fixtures.h"
 
-#include <atomic>
-#include <cstdlib>
-#include <new>
+#include "memory_shortage.h"
+
 #include <string>
 #include <vector>
 
-namespace {
-
-std::atomic<int> g_left{-1}; /* allocations of the short thread that still succeed; negative: all */
-std::atomic<bool> g_refused{false};
-thread_local bool t_is_short = false;
-
-bool IsRefused() {
-    if (!t_is_short || g_left < 0)
-        return false;
-    if (g_left > 0) {
-        --g_left;
-        return false;
-    }
-    g_refused = true;
-    return true;
-}
-
-/* While one lives, this thread gets so many allocations and none after them. */
-class Shortage {
-  public:
-    explicit Shortage(int allocations) {
-        g_refused = false;
-        g_left = allocations;
-        t_is_short = true;
-    }
-    ~Shortage() {
-        t_is_short = false;
-        g_left = -1;
-    }
-    Shortage(const Shortage &) = delete;
-    Shortage &operator=(const Shortage &) = delete;
-
-    static bool WasFelt() { return g_refused; }
-};
-
-} // namespace
-
-void *operator new(std::size_t size) {
-    void *block = IsRefused() ? nullptr : std::malloc(size == 0 ? 1 : size);
-    if (block == nullptr)
-        throw std::bad_alloc();
-    return block;
-}
-
-void operator delete(void *block) noexcept {
-    std::free(block);
-}
-
-void operator delete(void *block, std::size_t) noexcept {
-    std::free(block);
-}
-
 using namespace confdb_test;
+using memory_shortage::Shortage;
 
 namespace {
 
@@ -78,9 +25,8 @@ void OnDescriptor(int32_t descriptor, uint32_t) {
 }
 
 void OnValue(const DB_KV_S *kv) {
-    const bool was_short = std::exchange(t_is_short, false); /* the listener's own memory is not the matter */
+    const memory_shortage::Exempt exempt;
     g_told[kv->pszKey] = std::string(static_cast<const char *>(kv->pValue), kv->ulValueLength);
-    t_is_short = was_short;
 }
 
 uint32_t Open(const std::string &endpoint, DB_CONN_S **connection) {

@@ -72,20 +72,25 @@ void Side::Apply(uint32_t key, bool erase, const std::string &value) {
     }
 }
 
-void Side::Received(uint32_t, uint8_t, Smbuf message, uint32_t length) {
+bool Side::Received(uint32_t, uint8_t, Smbuf message, uint32_t length) {
+    if (not_taken > 0) {
+        --not_taken;
+        return false;
+    }
     const uint8_t *bytes = DataOf(message.get());
     const auto fragment = Get<uint32_t>(bytes + 44);
-    if (fragment != next_fragment_ && next_fragment_ + fragment != 0) {
+    if (fragment != next_fragment_) {
         ++broken;
-        return;
+        return true;
     }
     partial_.append(reinterpret_cast<const char *>(bytes) + 48, length - 48);
     ++next_fragment_;
     if (partial_.size() < Get<uint32_t>(bytes + 32))
-        return;
+        return true;
     Apply(Get<uint32_t>(bytes + 12), Get<uint16_t>(bytes + 28) == 1, partial_);
     partial_.clear();
     next_fragment_ = 0;
+    return true;
 }
 
 void Side::PeerIsNew() {

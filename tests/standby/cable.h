@@ -49,10 +49,11 @@ class Side final : private uvel::host::standby::EndpointOwner {
     int news = 0;
     int states = 0;
     int progress = 0;
-    int broken = 0; /* fragments that did not fit together */
+    int broken = 0;    /* fragments that did not fit together */
+    int not_taken = 0; /* so many packets from now on are not taken */
 
   private:
-    void Received(uint32_t module, uint8_t cpu, Smbuf message, uint32_t length) override;
+    bool Received(uint32_t module, uint8_t cpu, Smbuf message, uint32_t length) override;
     void PeerIsNew() override;
     void BatchWanted(uint32_t batch) override { batch_wanted = batch; }
     void BatchDelivered(uint32_t batch) override { delivered.push_back(batch); }

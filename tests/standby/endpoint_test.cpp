@@ -390,6 +390,14 @@ TEST_F(Pair, APeerThatDoesNotIntroduceItselfIsRefused) {
     EXPECT_EQ(uvel::host::standby::Refusal::TIMEOUT, a.endpoint.Refused());
 }
 
+TEST_F(Pair, NothingIsDueEarlyOfAPeerThatDoesNotIntroduceItself) {
+    a.endpoint.Connected(NOW);
+    for (const uint64_t now : {NOW, NOW + 1500, NOW + 2999}) {
+        EXPECT_EQ(Endpoint::Step::GOOD, a.endpoint.Tick(now));
+        EXPECT_EQ(NOW + 3000, a.endpoint.NextTick()) << "heartbeats belong to connections that work";
+    }
+}
+
 /* Roles */
 
 TEST_F(Pair, DecidesByNameWhoIsActive) {
@@ -451,6 +459,26 @@ TEST_F(Pair, RolesChangeOnRequest) {
     EXPECT_EQ(1u, a.endpoint.State().ulActive);
     EXPECT_EQ(0u, b.endpoint.State().ulActive);
     EXPECT_EQ(1u, b.endpoint.State().ulPeerActive);
+}
+
+TEST_F(Pair, OfTwoThatWereToldToStandByTheOneThatMayDecideTakesOver) {
+    Settle(cable, a, b, NOW);
+    for (Side *side : {&a, &b}) {
+        side->endpoint.SetRole(YSB_LINK_ROLE_STANDBY);
+        cable.Carry(NOW);
+    }
+    EXPECT_EQ(0u, a.endpoint.State().ulActive);
+    EXPECT_EQ(0u, b.endpoint.State().ulActive);
+    const uint32_t term = b.endpoint.State().ulTerm;
+    b.endpoint.SetRole(YSB_LINK_ROLE_AUTO);
+    EXPECT_EQ(1u, b.endpoint.State().ulActive);
+    EXPECT_LT(term, b.endpoint.State().ulTerm);
+    cable.Carry(NOW);
+    EXPECT_EQ(1u, a.endpoint.State().ulPeerActive);
+    a.endpoint.SetRole(YSB_LINK_ROLE_AUTO);
+    cable.Carry(NOW);
+    EXPECT_EQ(0u, a.endpoint.State().ulActive) << "whoever is active stays so";
+    EXPECT_EQ(1u, b.endpoint.State().ulActive);
 }
 
 TEST_F(Pair, TellsHowFarTheBackupIs) {

@@ -76,10 +76,11 @@ void Send(uint32_t key, const Record &record) {
                                CHI_ANY_CHANNEL, 48 + record.length);
 }
 
-void Receive(void *, uint32_t module, uint8_t cpu, YSB_SMBUF_S *smbuf, uint32_t length) {
-    void *message = g_assembler.Take(smbuf, length);
+uint32_t Receive(void *, uint32_t module, uint8_t cpu, YSB_SMBUF_S *smbuf, uint32_t length) {
+    void *message = nullptr;
+    const uint32_t result = g_assembler.Take(smbuf, length, &message);
     if (message == nullptr)
-        return;
+        return result;
     CHI_MSG_INFO_S info{};
     (void)CHI_GetMsgInfo(CHI_BACK_YSB, message, &info);
     const auto *payload = static_cast<const uint8_t *>(CBUF_C2D(CHI_BACK_YSB, message));
@@ -91,16 +92,29 @@ void Receive(void *, uint32_t module, uint8_t cpu, YSB_SMBUF_S *smbuf, uint32_t 
     std::lock_guard lock(g_lock);
     g_broken += good ? 0 : 1;
     if (IsActive())
-        return;
+        return UVELHOST_OK;
     g_table[info.aulWordC[0]] = record;
     if (g_batching)
         g_fresh[info.aulWordC[0]] = record;
+    return UVELHOST_OK;
 }
 
 void PeerIsNew(void *) {
     g_assembler.Reset();
     std::lock_guard lock(g_lock);
     g_batching = false;
+}
+
+/* Sends a record, and again while others changed it meanwhile: they told the peer, perhaps before this did with what it
+ * still was. */
+void SendAsItIs(uint32_t key, Record told) {
+    for (bool is_told = false; !is_told;) {
+        Send(key, told);
+        std::lock_guard lock(g_lock);
+        const Record now = g_table[key];
+        is_told = now == told;
+        told = now;
+    }
 }
 
 void Batch(void *, uint32_t batch) {
@@ -111,7 +125,7 @@ void Batch(void *, uint32_t batch) {
     }
     if (IsActive()) {
         for (const auto &[key, record] : table)
-            Send(key, record);
+            SendAsItIs(key, record);
     }
     (void)YSB_Link_BatchDone(batch);
 }

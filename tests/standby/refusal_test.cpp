@@ -282,6 +282,7 @@ class Opening : public testing::Test {
         config.pszPeerName = "a";
         config.pfReceive = [](void *, uint32_t, uint8_t, YSB_SMBUF_S *smbuf, uint32_t) {
             YSB_Adapt_Smbuf_Destroy(smbuf);
+            return UVELHOST_OK;
         };
         config.pfBatch = [](void *, uint32_t batch) { (void)YSB_Link_BatchDone(batch); };
         Files("b");

@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <openssl/err.h>
 #include <standby/tls.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -129,6 +130,23 @@ TEST_F(Tls, AChangedByteEndsTheConnection) {
     std::size_t got = 0;
     EXPECT_EQ(Io::ENDED, server.Read(room, got));
     EXPECT_EQ(Refusal::TLS_OTHER, server.Refused());
+}
+
+TEST_F(Tls, AnErrorOfSomebodyElseOnTheThreadDoesNotEndTheConnection) {
+    TlsChannel client(*a, sockets[0], false);
+    TlsChannel server(*b, sockets[1], true);
+    ASSERT_TRUE(Shake(client, server));
+    uint8_t byte = 0;
+    std::size_t got = 0;
+    ERR_raise(ERR_LIB_USER, ERR_R_INTERNAL_ERROR);
+    EXPECT_EQ(Io::AGAIN, server.Read({&byte, 1}, got));
+    const uint8_t sent = 7;
+    ERR_raise(ERR_LIB_USER, ERR_R_INTERNAL_ERROR);
+    EXPECT_TRUE(client.Write({&sent, 1}) && client.EndRecord());
+    EXPECT_EQ(Io::DONE, client.Flush());
+    EXPECT_EQ(Io::DONE, server.Read({&byte, 1}, got));
+    EXPECT_EQ(7, byte);
+    EXPECT_EQ(Refusal::NONE, server.Refused());
 }
 
 TEST_F(Tls, AnEndOfTheSocketIsNoRefusal) {

@@ -88,8 +88,9 @@ typedef struct {
     void *pContext; /* first argument of the callbacks */
 
     /* A packet has come: the first ulLen bytes of the buffer, which belongs to the callback. ucCpu is the processor it
-     * was sent to, or YSB_LINK_ANY_CPU. When it returns the packet counts as taken. Not null. */
-    void (*pfReceive)(void *pContext, uint32_t ulModId, uint8_t ucCpu, YSB_SMBUF_S *pstSmbuf, uint32_t ulLen);
+     * was sent to, or YSB_LINK_ANY_CPU. With 0 the packet counts as taken; with any other result (memory is short) the
+     * connection ends and the packet comes again on the next one. Not null. */
+    uint32_t (*pfReceive)(void *pContext, uint32_t ulModId, uint8_t ucCpu, YSB_SMBUF_S *pstSmbuf, uint32_t ulLen);
     /* The peer's stream begins anew: what is left of a message in progress will not come. May be null. */
     void (*pfPeerIsNew)(void *pContext);
     /* Send everything; then YSB_Link_BatchDone(ulBatch). Not null. */
@@ -120,7 +121,7 @@ typedef struct {
     uint64_t ulMessagesSent;    /* messages accepted by the output operations */
     uint64_t ulPacketsSent;     /* each once, however often it travelled */
     uint64_t ulBytesSent;       /* headers and payload of these packets */
-    uint64_t ulPacketsReceived; /* handed to pfReceive */
+    uint64_t ulPacketsReceived; /* taken by pfReceive */
     uint64_t ulBytesReceived;   /* headers and payload of these packets */
     uint64_t ulAcknowledged;    /* packets and marks of batches that the peer has taken */
     uint64_t ulResent;          /* the same, sent again after a reconnect */

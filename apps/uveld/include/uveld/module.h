@@ -47,8 +47,9 @@ typedef struct {
     void (*pfMessage)(void *pBuffer);
     void (*pfBatch)(void);                  /* send everything; the return ends the module's part of the batch */
     void (*pfPeerBatch)(uint32_t ulBegins); /* a batch of the peer begins (1), is complete (0) */
-    void (*pfRole)(uint32_t ulActive);      /* this device is (1) or is not (0) the active one from now on */
-    void (*pfProgress)(void);               /* the peer has taken more, or is gone: YSB_Link_GetFate (any thread) */
+    /* This device is (1) or is not (0) the active one from now on. Must not change the role itself. */
+    void (*pfRole)(uint32_t ulActive);
+    void (*pfProgress)(void); /* the peer has taken more, or is gone: YSB_Link_GetFate (any thread) */
 } UVELD_STANDBY_S;
 
 /* What uveld gives a module. Lives as long as the process; everything in it may be used from any thread. */

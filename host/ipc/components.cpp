@@ -12,11 +12,11 @@ bool Exchange::RegisterComponent(uint32_t mid, uint32_t type, uint32_t slot) {
         std::find_if(components_.begin(), components_.end(), [&](const Component &c) { return c.mid == mid; });
     if (known != components_.end())
         return known->type == type;
-    const Component component = {SelfNode(), mid, type, slot};
-    if (!folder_.Publish(component))
-        return false;
-    components_.push_back(component);
-    return true;
+    components_.push_back({SelfNode(), mid, type, slot});
+    if (folder_.Publish(components_.back()))
+        return true;
+    components_.pop_back();
+    return false;
 }
 
 bool Exchange::Components(std::vector<Component> &components) {

@@ -7,12 +7,13 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <exception>
+#include <new>
 #include <pthread.h>
 #include <sys/epoll.h>
 #include <sys/eventfd.h>
 #include <sys/socket.h>
 #include <sys/un.h>
-#include <system_error>
 #include <thread>
 #include <unistd.h>
 
@@ -22,6 +23,7 @@ namespace {
 
 constexpr std::size_t INBOX_ROOM = 16384;
 constexpr int BACKLOG = 128;
+constexpr int PAUSE_MS = 100; /* before connections are accepted again, where there was no descriptor for one */
 
 std::mutex g_making;
 std::atomic<Exchange *> g_exchange{nullptr};
@@ -87,14 +89,22 @@ bool Exchange::Watch(int file) {
     return epoll_ctl(epoll_, EPOLL_CTL_ADD, file, &event) == 0;
 }
 
-bool Exchange::Join() {
+/* Whether new connections are reported to the receiving thread. */
+void Exchange::Attend(bool attend) {
+    epoll_event event = {};
+    event.events = attend ? EPOLLIN : 0U;
+    event.data.fd = listener_;
+    epoll_ctl(epoll_, EPOLL_CTL_MOD, listener_, &event);
+    attends_ = attend;
+}
+
+bool Exchange::Join() try {
     std::lock_guard lock(lock_);
-    if (joined_)
-        return true;
-    if (!folder_.Claim() || !Listen())
-        return false;
-    joined_ = StartReceiving();
+    if (!joined_)
+        joined_ = folder_.Claim() && Listen() && StartReceiving();
     return joined_;
+} catch (const std::bad_alloc &) {
+    return false;
 }
 
 bool Exchange::Listen() {
@@ -102,8 +112,8 @@ bool Exchange::Listen() {
         return true;
     sockaddr_un address;
     const std::string path = folder_.SocketPath(SelfNode());
-    const int listener = NewSocket();
-    if (listener < 0 || !AddressOf(path, address))
+    const int listener = AddressOf(path, address) ? NewSocket() : -1;
+    if (listener < 0)
         return false;
     unlink(path.c_str()); /* of an earlier process of this number */
     if (bind(listener, reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0 ||
@@ -119,8 +129,17 @@ bool Exchange::Listen() {
 bool Exchange::StartReceiving() {
     epoll_ = epoll_create1(EPOLL_CLOEXEC);
     doorbell_ = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-    if (epoll_ < 0 || doorbell_ < 0 || !Watch(listener_) || !Watch(doorbell_))
-        return false;
+    if (epoll_ >= 0 && doorbell_ >= 0 && Watch(listener_) && Watch(doorbell_) && StartThread())
+        return true;
+    for (int *file : {&epoll_, &doorbell_}) {
+        if (*file >= 0)
+            close(*file);
+        *file = -1;
+    }
+    return false;
+}
+
+bool Exchange::StartThread() {
     sigset_t all;
     sigset_t before;
     sigfillset(&all);
@@ -128,7 +147,7 @@ bool Exchange::StartReceiving() {
     bool started = true;
     try {
         std::thread([this] { Receive(); }).detach();
-    } catch (const std::system_error &) {
+    } catch (const std::exception &) { /* no memory for it, or no thread */
         started = false;
     }
     pthread_sigmask(SIG_SETMASK, &before, nullptr);
@@ -144,7 +163,9 @@ void Exchange::Receive() {
     pthread_setname_np(pthread_self(), "ipc");
     for (;;) {
         epoll_event events[32];
-        const int count = epoll_wait(epoll_, events, 32, -1);
+        const int count = epoll_wait(epoll_, events, 32, attends_ ? -1 : PAUSE_MS);
+        if (!attends_)
+            Attend(true);
         for (int i = 0; i < count; ++i) {
             const int file = events[i].data.fd;
             if (file == doorbell_)
@@ -157,31 +178,41 @@ void Exchange::Receive() {
     }
 }
 
+/* A connection that finds no descriptor waits in the kernel, which would report it again and again meanwhile. */
 void Exchange::Accept() {
     for (;;) {
         const int socket = accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
-        if (socket < 0)
+        if (socket < 0) {
+            if (errno != EAGAIN)
+                Attend(false);
             return;
+        }
         const uint32_t peer = Connection::PeerOf(socket);
         std::lock_guard lock(lock_);
-        if (peer == 0) {
-            ++stats_.ulRefusedPeers;
+        if (peer == 0)
             close(socket);
-        } else {
-            Adopt(socket, peer, false);
-        }
+        if (peer == 0 || Adopt(socket, peer, false) == nullptr)
+            ++stats_.ulRefusedPeers;
     }
 }
 
+/* Takes over the socket; without memory for the connection it is closed. */
 Exchange::Link Exchange::Adopt(int socket, uint32_t peer, bool for_sending) {
-    auto link = std::make_shared<Connection>(socket, peer);
-    links_[socket] = link;
-    if (for_sending)
-        routes_[peer] = link;
-    if (Watch(socket))
-        return link;
+    Link link;
+    try {
+        link = std::make_shared<Connection>(socket, peer);
+        links_[socket] = link;
+        if (for_sending)
+            routes_[peer] = link;
+        if (Watch(socket))
+            return link;
+    } catch (const std::bad_alloc &) {
+        if (link == nullptr)
+            close(socket);
+    }
     links_.erase(socket);
-    routes_.erase(peer);
+    if (for_sending)
+        routes_.erase(peer);
     return nullptr;
 }
 
@@ -213,16 +244,16 @@ void Exchange::ServeSocket(int socket) {
 void Exchange::ServeInbox() {
     eventfd_t rings;
     eventfd_read(doorbell_, &rings);
-    std::deque<Parcel> parcels;
     {
         std::lock_guard lock(lock_);
-        parcels.swap(inbox_);
+        at_hand_.swap(inbox_);
     }
-    for (const Parcel &parcel : parcels)
+    for (const Parcel &parcel : at_hand_)
         Deliver(parcel, nullptr);
+    at_hand_.clear();
 }
 
-bool Exchange::PostToSelf(const Parcel &parcel) {
+bool Exchange::PostToSelf(const Parcel &parcel) try {
     std::lock_guard lock(lock_);
     if (!joined_ || inbox_.size() >= INBOX_ROOM)
         return false;
@@ -230,9 +261,11 @@ bool Exchange::PostToSelf(const Parcel &parcel) {
     if (inbox_.size() == 1)
         eventfd_write(doorbell_, 1);
     return true;
+} catch (const std::bad_alloc &) {
+    return false;
 }
 
-Exchange::Link Exchange::LinkTo(uint32_t node) {
+Exchange::Link Exchange::LinkTo(uint32_t node) try {
     std::lock_guard lock(lock_);
     if (auto route = routes_.find(node); route != routes_.end())
         return route->second;
@@ -248,6 +281,8 @@ Exchange::Link Exchange::LinkTo(uint32_t node) {
         return nullptr;
     }
     return Adopt(socket, node, true);
+} catch (const std::bad_alloc &) {
+    return nullptr;
 }
 
 /* ---- messages ---- */

@@ -56,8 +56,9 @@ class Exchange {
 
     Exchange() = default;
 
-    bool StartReceiving();
     bool Listen();
+    bool StartReceiving();
+    bool StartThread();
     static bool OnReceivingThread();
     void Receive();
     void Accept();
@@ -71,6 +72,7 @@ class Exchange {
     bool PostToSelf(const Parcel &parcel);
     Link LinkTo(uint32_t node);
     bool Watch(int file);
+    void Attend(bool attend);
     Link Adopt(int socket, uint32_t peer, bool for_sending);
     void Drop(const Link &link);
 
@@ -87,6 +89,9 @@ class Exchange {
     uint32_t last_call_ = 0;
     std::deque<Parcel> inbox_;
     IPC_STATS_S stats_ = {};
+
+    std::deque<Parcel> at_hand_; /* of the inbox; this and the next are the receiving thread's alone */
+    bool attends_ = true;        /* to new connections */
 
     int epoll_ = -1; /* these three are set before the thread starts */
     int listener_ = -1;

@@ -36,8 +36,10 @@ uint32_t IPC_Send(uint32_t ulMsgType, void *pMsg) {
 uint32_t IPC_GetStats(IPC_STATS_S *pstStats) {
     if (pstStats == nullptr)
         return 1;
-    *pstStats = Exchange::The().Stats();
-    return UVELHOST_OK;
+    return Result([&] {
+        *pstStats = Exchange::The().Stats();
+        return true;
+    });
 }
 
 uint32_t IPC_RPC_RegisterEx(uint32_t ulMid, uint32_t ulMode, uint32_t ulType, IPC_RPC_CB pfCall) {

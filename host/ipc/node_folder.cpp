@@ -1,5 +1,6 @@
 #include "ipc/node_folder.h"
 
+#include "confdb/descriptor.h"
 #include "crypto/report.h"
 #include "ipc/message.h"
 #include <algorithm>
@@ -10,6 +11,7 @@
 #include <cstring>
 #include <dirent.h>
 #include <fcntl.h>
+#include <memory>
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
@@ -38,6 +40,10 @@ struct flock WholeFile(short type) {
 constexpr std::size_t LINE = 27;                    /* "%08x %08x %08x\n" */
 constexpr std::chrono::milliseconds PATIENCE{1000}; /* with whoever sweeps: it holds a file while it unlinks two */
 constexpr std::chrono::milliseconds PAUSE{1};
+
+struct FolderCloser {
+    void operator()(DIR *folder) const { closedir(folder); }
+};
 
 } // namespace
 
@@ -68,8 +74,12 @@ std::string NodeFolder::FileName(uint32_t node) const {
     return std::to_string(node) + ".node";
 }
 
+std::string NodeFolder::SocketName(uint32_t node) const {
+    return std::to_string(node) + ".sock";
+}
+
 std::string NodeFolder::SocketPath(uint32_t node) const {
-    return path_ + "/" + std::to_string(node) + ".sock";
+    return path_ + "/" + SocketName(node);
 }
 
 /* A file that was swept away between opening and locking it is nobody's any more. */
@@ -108,7 +118,7 @@ void NodeFolder::Leave() {
 
 /* Only who has locked the node's file sweeps: a process that comes up with this number waits until that is done. */
 void NodeFolder::Sweep(uint32_t node) const {
-    unlink(SocketPath(node).c_str());
+    unlinkat(folder_, SocketName(node).c_str(), 0);
     unlinkat(folder_, FileName(node).c_str(), 0);
 }
 
@@ -127,6 +137,7 @@ bool NodeFolder::Lives(int file, uint32_t node) const {
 void NodeFolder::ReadFile(uint32_t node, std::vector<Component> &components) const {
     const bool own = own_file_ >= 0 && node == own_node_;
     const int file = own ? own_file_ : openat(folder_, FileName(node).c_str(), O_RDWR | O_NOFOLLOW | O_CLOEXEC);
+    const confdb::Descriptor opened(own ? -1 : file); /* closing it also unlocks the file */
     if (file < 0)
         return;
     if (own || Lives(file, node)) {
@@ -139,24 +150,21 @@ void NodeFolder::ReadFile(uint32_t node, std::vector<Component> &components) con
     } else if (LockFresh(file)) {
         Sweep(node);
     }
-    if (!own)
-        close(file); /* which unlocks it */
 }
 
 std::vector<Component> NodeFolder::Components() {
     std::vector<Component> components;
     /* a descriptor of its own: descriptors that were copied share the position of the listing */
     const int listing = openat(folder_, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    DIR *folder = listing < 0 ? nullptr : fdopendir(listing);
+    const std::unique_ptr<DIR, FolderCloser> folder(listing < 0 ? nullptr : fdopendir(listing));
     if (folder == nullptr)
         return components;
-    while (const dirent *entry = readdir(folder)) {
+    while (const dirent *entry = readdir(folder.get())) {
         unsigned node = 0;
         int used = 0;
         if (std::sscanf(entry->d_name, "%u.node%n", &node, &used) == 1 && used > 0 && entry->d_name[used] == '\0')
             ReadFile(node, components);
     }
-    closedir(folder);
     std::sort(components.begin(), components.end(),
               [](const Component &a, const Component &b) { return a.node < b.node; });
     return components;

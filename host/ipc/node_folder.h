@@ -47,6 +47,7 @@ class NodeFolder {
 
   private:
     std::string FileName(uint32_t node) const;
+    std::string SocketName(uint32_t node) const;
     bool Lives(int file, uint32_t node) const;
     bool LockFresh(int file) const;
     void Sweep(uint32_t node) const;

@@ -12,6 +12,8 @@
 #include <gtest/gtest.h>
 #include <mutex>
 #include <string>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <uvelhost/component.h>
@@ -102,6 +104,37 @@ class Process {
 
     pid_t pid_ = -1;
     int hold_ = -1;
+};
+
+/* The other end of a connection, which sends what it likes. */
+class RawPeer {
+  public:
+    RawPeer() : socket_(socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0)) {}
+    ~RawPeer() { close(socket_); }
+    RawPeer(const RawPeer &) = delete;
+    RawPeer &operator=(const RawPeer &) = delete;
+
+    bool Connect(const std::string &folder, uint32_t node = IPC_GetSelfNodeId()) const {
+        sockaddr_un address = {};
+        address.sun_family = AF_UNIX;
+        (folder + "/" + std::to_string(node) + ".sock").copy(address.sun_path, sizeof address.sun_path - 1);
+        return connect(socket_, reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0;
+    }
+
+    /* Kind, number, mid, result, type, source, destination, has body, total, offset and the body's bytes. */
+    bool Send(const std::vector<uint32_t> &words) const {
+        const std::size_t size = words.size() * sizeof words[0];
+        return send(socket_, words.data(), size, MSG_NOSIGNAL) == static_cast<ssize_t>(size);
+    }
+
+    /* Waits for the end of the connection. */
+    bool IsLetGo() const {
+        char byte;
+        return recv(socket_, &byte, 1, 0) <= 0;
+    }
+
+  private:
+    const int socket_;
 };
 
 /* What arrived on a channel of this process. */

@@ -1,9 +1,9 @@
 #include "ipc_fixtures.h"
 #include "sanitizers.h"
 
-#include <sys/socket.h>
+#include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/un.h>
 
 namespace {
 
@@ -122,6 +122,49 @@ TEST_F(Channel, AFolderThatOthersMayWriteIsNotUsed) {
     EXPECT_EQ(0u, IPC_Create(7, IPC_MODE_CALLBACK, Mailbox::Receive)) << "the failure left nothing behind";
 }
 
+std::size_t OpenDescriptors() {
+    const std::filesystem::directory_iterator all("/proc/self/fd");
+    return static_cast<std::size_t>(std::distance(begin(all), end(all)));
+}
+
+/* While one lives, the process gets so many descriptors and none after them. */
+class FewDescriptors {
+  public:
+    explicit FewDescriptors(std::size_t more) {
+        getrlimit(RLIMIT_NOFILE, &before_);
+        const int next = dup(0);
+        close(next);
+        const rlimit few{static_cast<std::size_t>(next) + more, before_.rlim_max};
+        setrlimit(RLIMIT_NOFILE, &few);
+    }
+    ~FewDescriptors() { setrlimit(RLIMIT_NOFILE, &before_); }
+    FewDescriptors(const FewDescriptors &) = delete;
+    FewDescriptors &operator=(const FewDescriptors &) = delete;
+
+  private:
+    rlimit before_ = {};
+};
+
+TEST_F(Channel, WithoutDescriptorsItIsRefusedAndNoneIsLost) {
+    const std::size_t before = OpenDescriptors();
+    std::size_t allowed = 0; /* with those that earlier attempts opened and kept */
+    for (uint32_t result = 1; result != 0; ++allowed) {
+        const std::size_t kept = OpenDescriptors() - before;
+        ASSERT_LE(kept, allowed);
+        testing::internal::CaptureStderr(); /* the folder's trouble */
+        {
+            const FewDescriptors few(allowed - kept);
+            result = IPC_Create(7, IPC_MODE_CALLBACK, Mailbox::Receive);
+        }
+        testing::internal::GetCapturedStderr();
+        ASSERT_LT(allowed, 20u);
+    }
+    EXPECT_EQ(6u, allowed) << "0 to 5 were tried";
+    EXPECT_EQ(before + 5, OpenDescriptors()) << "folder, file, listening socket, epoll and bell";
+    EXPECT_EQ(0u, Send("x", IPC_GetSelfNodeId(), 7));
+    EXPECT_EQ("x", Mailbox::Wait(1)[0].text);
+}
+
 TEST_F(Channel, AFolderThatCannotBeMadeIsReported) {
     setenv("UVELHOST_RUN_DIR", (folder + "/no/such").c_str(), 1);
     testing::internal::CaptureStderr();
@@ -131,6 +174,9 @@ TEST_F(Channel, AFolderThatCannotBeMadeIsReported) {
     testing::internal::CaptureStderr();
     EXPECT_EQ(1u, IPC_Create(7, IPC_MODE_CALLBACK, Mailbox::Receive));
     EXPECT_NE(std::string::npos, testing::internal::GetCapturedStderr().find("too long a path"));
+    const std::size_t before = OpenDescriptors();
+    EXPECT_EQ(1u, IPC_Create(7, IPC_MODE_CALLBACK, Mailbox::Receive));
+    EXPECT_EQ(before, OpenDescriptors()) << "it can be tried for ever";
     std::filesystem::remove_all(folder + std::string(150, 'x'));
 }
 
@@ -202,10 +248,6 @@ TEST_F(Processes, ThatAreGoneRefuse) {
 TEST_F(Processes, RefuseAPeerWhosePacketsDoNotAddUp) {
     ASSERT_EQ(0u, IPC_Create(5, IPC_MODE_CALLBACK, Mailbox::Receive));
     const uint64_t before = MessagesInUse();
-    const std::string path = folder + "/" + std::to_string(IPC_GetSelfNodeId()) + ".sock";
-    sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    path.copy(address.sun_path, sizeof address.sun_path - 1);
     /* kind, number, mid, result, type, source, destination, has body, total, offset */
     const std::vector<std::vector<uint32_t>> packets = {
         {},                                         /* nothing */
@@ -217,12 +259,10 @@ TEST_F(Processes, RefuseAPeerWhosePacketsDoNotAddUp) {
         {1, 0, 0, 0, 0, 0, 5, 1, 8, 0},             /* no bytes where some are due */
     };
     for (const std::vector<uint32_t> &words : packets) {
-        const int peer = socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
-        ASSERT_EQ(0, connect(peer, reinterpret_cast<const sockaddr *>(&address), sizeof address));
-        ASSERT_EQ(static_cast<ssize_t>(words.size() * 4), send(peer, words.data(), words.size() * 4, 0));
-        char byte;
-        EXPECT_EQ(0, recv(peer, &byte, 1, 0)) << "the connection is over";
-        close(peer);
+        const RawPeer peer;
+        ASSERT_TRUE(peer.Connect(folder));
+        ASSERT_TRUE(peer.Send(words));
+        EXPECT_TRUE(peer.IsLetGo());
     }
     EXPECT_EQ(0u, Send("still there", IPC_GetSelfNodeId(), 5));
     EXPECT_EQ("still there", Mailbox::Wait(1)[0].text);
@@ -233,24 +273,41 @@ TEST_F(Processes, OfAnotherUserAreRefused) {
     if (geteuid() != 0)
         GTEST_SKIP() << "only root can become another user";
     ASSERT_EQ(0u, IPC_Create(5, IPC_MODE_CALLBACK, Mailbox::Receive));
-    const std::string path = folder + "/" + std::to_string(IPC_GetSelfNodeId()) + ".sock";
     /* as if the folder had let them in */
     chmod(folder.c_str(), 0755);
-    chmod(path.c_str(), 0777);
+    chmod((folder + "/" + std::to_string(IPC_GetSelfNodeId()) + ".sock").c_str(), 0777);
+    const uint32_t here = IPC_GetSelfNodeId();
     Process stranger([&] {
-        sockaddr_un address = {};
-        address.sun_family = AF_UNIX;
-        path.copy(address.sun_path, sizeof address.sun_path - 1);
-        const uint32_t packet[11] = {1, 0, 0, 0, 0, 0, 5, 1, 4, 0, 0xAA};
-        const int peer = socket(AF_UNIX, SOCK_SEQPACKET, 0);
-        char byte;
-        return setuid(65534) == 0 && connect(peer, reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0 &&
-               (send(peer, packet, sizeof packet, MSG_NOSIGNAL) < 0 || recv(peer, &byte, 1, 0) <= 0);
+        const RawPeer peer;
+        return setuid(65534) == 0 && peer.Connect(folder, here) &&
+               (!peer.Send({1, 0, 0, 0, 0, 0, 5, 1, 4, 0, 0xAA}) || peer.IsLetGo());
     });
     IPC_STATS_S stats = {};
     EXPECT_EQ(0u, IPC_GetStats(&stats));
     EXPECT_EQ(1u, stats.ulRefusedPeers);
     EXPECT_EQ(0u, stats.ulReceived);
+}
+
+std::chrono::nanoseconds ProcessorTime() {
+    timespec used = {};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &used);
+    return std::chrono::seconds(used.tv_sec) + std::chrono::nanoseconds(used.tv_nsec);
+}
+
+TEST_F(Processes, LetAPeerWaitQuietlyUntilThereIsADescriptorForIt) {
+    ASSERT_EQ(0u, IPC_Create(5, IPC_MODE_CALLBACK, Mailbox::Receive));
+    const RawPeer peer;
+    {
+        const FewDescriptors none(0);
+        ASSERT_TRUE(peer.Connect(folder));
+        ASSERT_TRUE(peer.Send({1, 0, 0, 0, 9, 0, 5, 1, 4, 0, 0x636261}));
+        const auto before = ProcessorTime();
+        std::this_thread::sleep_for(std::chrono::milliseconds(300));
+        EXPECT_LT(ProcessorTime() - before, std::chrono::milliseconds(30));
+        EXPECT_EQ(0u, Send("inside", IPC_GetSelfNodeId(), 5));
+        EXPECT_EQ("inside", Mailbox::Wait(1)[0].text) << "the others are served meanwhile";
+    }
+    EXPECT_STREQ("abc", Mailbox::Wait(2)[1].text.c_str());
 }
 
 TEST_F(Processes, CountWhatArrivesForAChannelTheyDoNotHave) {

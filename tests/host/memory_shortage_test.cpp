@@ -1,6 +1,7 @@
 // What the host does when memory is short.
 
 #include "confdb_fixtures.h"
+#include "ipc_fixtures.h"
 
 #include "memory_shortage.h"
 
@@ -8,7 +9,9 @@
 #include <vector>
 
 using namespace confdb_test;
+using memory_shortage::g_left;
 using memory_shortage::Shortage;
+using memory_shortage::t_is_short;
 
 namespace {
 
@@ -118,6 +121,91 @@ TEST(ConfdbWithoutMemory, WhatCouldNotBeReadIsReadWhenThereIsMemoryAgain) {
             EXPECT_EQ(0u, db_handle_event(descriptor));
     }
     EXPECT_EQ(MOST, static_cast<int>(g_told.size()));
+}
+
+/* ---- messages ---- */
+
+using IpcWithoutMemory = Device;
+
+/* Carries an action out with more and more memory until it is done; how often it was not. */
+int FailuresOf(const std::function<uint32_t()> &action) {
+    int failures = 0;
+    for (uint32_t result = 1; failures < 100; ++failures) {
+        const Shortage shortage(failures);
+        EXPECT_NO_THROW(result = action()) << failures;
+        EXPECT_EQ(result != 0, Shortage::WasFelt());
+        if (result == 0)
+            break;
+    }
+    return failures;
+}
+
+IPC_STATS_S Counters() {
+    IPC_STATS_S stats = {};
+    EXPECT_EQ(0u, IPC_GetStats(&stats));
+    return stats;
+}
+
+TEST_F(IpcWithoutMemory, WhatFailedIsDoneWhenThereIsMemoryAgain) {
+    const Process other([] { return IPC_Create(7, IPC_MODE_CALLBACK, Mailbox::Receive) == 0; });
+    EXPECT_GT(FailuresOf([] {
+                  IPC_STATS_S stats;
+                  return IPC_GetStats(&stats);
+              }),
+              0);
+    EXPECT_GT(FailuresOf([] { return IPC_Create(7, IPC_MODE_CALLBACK, Mailbox::Receive); }), 3);
+    EXPECT_GT(FailuresOf([] { return CMNGA_ModuleRegister(MID, 3); }), 0);
+    uint32_t nodes[CMNGA_MAX_NODES];
+    uint32_t count = 0;
+    EXPECT_GT(FailuresOf([&] { return CMNGA_QueryNodeId(MID, 3, UVELHOST_NONE, nodes, &count); }), 0);
+    EXPECT_EQ(1u, count);
+    EXPECT_EQ(IPC_GetSelfNodeId(), nodes[0]);
+    const int refused = FailuresOf([&] { return ::Send("x", other.Node(), 7); });
+    EXPECT_GT(refused, 2);
+    EXPECT_EQ(static_cast<uint64_t>(refused), Counters().ulRefused);
+    ASSERT_EQ(0u, ::Send("it works", IPC_GetSelfNodeId(), 7));
+    EXPECT_EQ("it works", Mailbox::Wait(1)[0].text);
+}
+
+constexpr uint32_t FROM_NOW_ON_SHORT = 1;
+constexpr uint32_t SHORT_NO_MORE = 2;
+
+/* Receives with the memory that there should be. */
+void ReceiveOrder(uint32_t type, uint32_t source, uint32_t channel, void *message, uint32_t length) {
+    {
+        const memory_shortage::Exempt exempt;
+        Mailbox::Receive(type, source, channel, message, length);
+    }
+    if (type == FROM_NOW_ON_SHORT || type == SHORT_NO_MORE)
+        t_is_short = type == FROM_NOW_ON_SHORT;
+}
+
+TEST_F(IpcWithoutMemory, TheReceivingThreadServesWhomItCan) {
+    const uint32_t here = IPC_GetSelfNodeId();
+    ASSERT_EQ(0u, IPC_Create(7, IPC_MODE_CALLBACK, ReceiveOrder));
+    ASSERT_EQ(0u, ::Send("order", here, 7, FROM_NOW_ON_SHORT));
+    Mailbox::Wait(1);
+    uint64_t refused = 0;
+    for (bool received = false; !received; refused += received ? 0 : 1) {
+        ASSERT_LT(refused, 20u);
+        g_left = static_cast<int>(refused);
+        const RawPeer peer;
+        ASSERT_TRUE(peer.Connect(folder));
+        (void)peer.Send({1, 0, 0, 0, 9, 0, 7, 1, 4, 0, 0x636261});
+        ASSERT_EQ(0u, ::Send("inside", here, 7));
+        Mailbox::Wait(2 + refused); /* what needs no memory goes on */
+        while (!received && Counters().ulRefusedPeers == refused) {
+            std::this_thread::sleep_for(1ms);
+            received = Counters().ulReceived == 3 + refused;
+        }
+        EXPECT_TRUE(received || peer.IsLetGo());
+    }
+    EXPECT_GT(refused, 2u) << "connections, with each number of allocations that does not suffice";
+    const std::vector<Mail> mails = Mailbox::Wait(3 + refused);
+    EXPECT_EQ(1, std::count_if(mails.begin(), mails.end(), [](const Mail &mail) { return mail.text[0] == 'a'; }));
+    ASSERT_EQ(0u, ::Send("order", here, 7, SHORT_NO_MORE));
+    Mailbox::Wait(4 + refused);
+    g_left = -1;
 }
 
 } // namespace

@@ -77,10 +77,10 @@ typedef struct {
     uint64_t ulRefused;      /* messages refused by IPC_Send */
     uint64_t ulReceived;     /* messages handed to a channel's function */
     uint64_t ulDropped;      /* messages that arrived for a channel that is not open, or found no memory */
-    uint64_t ulRefusedPeers; /* connections from processes of other users */
+    uint64_t ulRefusedPeers; /* connections from processes of other users, or that found no memory */
 } IPC_STATS_S;
 
-/* Copies the counters of this process. */
+/* Copies the counters of this process. Fails for null and when memory is short. */
 UVELHOST_API uint32_t IPC_GetStats(IPC_STATS_S *pstStats);
 
 /* ---- receiving ---- */

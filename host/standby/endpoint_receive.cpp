@@ -324,6 +324,9 @@ Endpoint::Step Endpoint::OnMark(const Frame &frame) {
     const bool begins = frame.head.type == FrameType::BATCH_BEGIN;
     {
         std::lock_guard lock(lock_);
+        /* The owner would take the nothing in between for all that the peer has. */
+        if (!begins && peer_batch_ != PeerBatchState::BEGUN)
+            return Close("the peer ended a batch that had not begun", &C::ulViolations);
         peer_batch_ = begins ? PeerBatchState::BEGUN : PeerBatchState::DONE;
     }
     if (!begins)

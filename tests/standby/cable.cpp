@@ -110,6 +110,28 @@ void Side::PeerBatch(bool begins) {
 
 /* ---- the cable */
 
+std::vector<uint8_t> TakeOutput(Side &from, uint64_t now) {
+    std::vector<uint8_t> said;
+    for (auto bytes = from.endpoint.Output(); !bytes.empty(); bytes = from.endpoint.Output()) {
+        said.insert(said.end(), bytes.begin(), bytes.end());
+        from.endpoint.Written(now);
+    }
+    return said;
+}
+
+Endpoint::Step Hand(Side &to, const std::vector<uint8_t> &bytes, uint64_t now) {
+    for (std::size_t at = 0; at < bytes.size();) {
+        const auto room = to.endpoint.Room();
+        const std::size_t part = std::min(room.size(), bytes.size() - at);
+        std::copy_n(bytes.data() + at, part, room.data());
+        at += part;
+        if (to.endpoint.Filled(part, now) == Endpoint::Step::CLOSE)
+            return Endpoint::Step::CLOSE;
+    }
+    to.endpoint.Drained();
+    return Endpoint::Step::GOOD;
+}
+
 void Cable::Connect(uint64_t now) {
     Cut();
     connected_ = true;
@@ -129,10 +151,8 @@ void Cable::Cut() {
 
 bool Cable::Move(Side &from, Side &to, std::vector<uint8_t> &wire, std::size_t &budget, uint64_t &count, uint64_t now,
                  std::mt19937 *random) {
-    for (auto bytes = from.endpoint.Output(); !bytes.empty(); bytes = from.endpoint.Output()) {
-        wire.insert(wire.end(), bytes.begin(), bytes.end());
-        from.endpoint.Written(now);
-    }
+    const std::vector<uint8_t> said = TakeOutput(from, now);
+    wire.insert(wire.end(), said.begin(), said.end());
     std::size_t at = 0;
     while (at < wire.size() && budget > 0) {
         const auto room = to.endpoint.Room();

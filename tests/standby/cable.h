@@ -71,6 +71,11 @@ class Side final : private uvel::host::standby::EndpointOwner {
 
 EndpointSettings Settings(const std::string &name, const std::string &peer_name);
 
+/* What the endpoint has to say now. */
+std::vector<uint8_t> TakeOutput(Side &from, uint64_t now);
+/* Hands it in, up to where the endpoint closes. */
+Endpoint::Step Hand(Side &to, const std::vector<uint8_t> &bytes, uint64_t now);
+
 class Cable {
   public:
     Cable(Side &a, Side &b) : a_(&a), b_(&b) {}

@@ -56,9 +56,10 @@ uint32_t KIVO_ADP_IsSupportUserDetectBySam(void) {
     int32_t iKnown = __atomic_load_n(&iSelf, __ATOMIC_RELAXED);
     if (iKnown == -1) {
         uint32_t ulRead = 0;
-        if (DEVM_DB_GetSelfBoardId(&ulRead) == KIVO_OK)
-            __atomic_store_n(&iSelf, static_cast<int32_t>(ulRead), __ATOMIC_RELAXED);
-        iKnown = static_cast<int32_t>(ulRead);
+        const bool bDone = DEVM_DB_GetSelfBoardId(&ulRead) == KIVO_OK;
+        iKnown = bDone ? static_cast<int32_t>(ulRead) : 0;
+        if (bDone)
+            __atomic_store_n(&iSelf, iKnown, __ATOMIC_RELAXED);
     }
     return MasterBoard() != static_cast<uint32_t>(iKnown) ? 1 : 0;
 }

@@ -2,6 +2,9 @@
 
 #include "event_trap.h"
 
+#include <algorithm>
+#include <atomic>
+#include <thread>
 #include <uvelcommon_base/kivo_host_events.h>
 #include <uvelcommon_base/kivo_settings.h>
 #include <uvelcommon_base/kivo_vlan_events.h>
@@ -278,6 +281,33 @@ TEST_F(AdapterRecords, AreBuiltInTheNameOfTheUserOfEachChange) {
     EXPECT_EQ(0u, KIVO_Adapt_VrfSetCB(10, 2));
     EXPECT_EQ((std::vector<RaisedEvent>{{QUEUE, 41, 31, "01000000 02000000"}, {QUEUE, 41, 31, "FFFFFFFF 02000000"}}),
               trap.Take());
+}
+
+/* The host calls an adapter on whatever thread has something to tell. */
+TEST(AdapterThreads, EachHaveTheirOwnRecord) {
+    static thread_local uint32_t own;
+    static std::atomic<uint32_t> heard, wrong;
+    ASSERT_EQ(0u, UVEL_EventCallBackReg(2, 13, UVEL_EVENT_ANY_VALUE, 0, 0, 1, [](uint32_t, void *data) -> uint32_t {
+                  const auto *vlans = static_cast<const KIVO_EVT_VLANS_S *>(data);
+                  for (const uint32_t word : vlans->aulBitmap)
+                      wrong += word == own ? 0 : 1;
+                  ++heard;
+                  return 0;
+              }));
+    std::thread threads[2];
+    for (uint32_t i = 0; i < 2; ++i) {
+        threads[i] = std::thread([i] {
+            own = i == 0 ? 0x11111111 : 0x22222222;
+            uint32_t bitmap[128];
+            std::fill(std::begin(bitmap), std::end(bitmap), own);
+            for (int round = 0; round < 10000; ++round)
+                EXPECT_EQ(0u, KIVO_Adapt_VlanBatchEvtCB(nullptr, 0x40000243, bitmap));
+        });
+    }
+    for (std::thread &thread : threads)
+        thread.join();
+    EXPECT_EQ(20000u, heard);
+    EXPECT_EQ(0u, wrong);
 }
 
 } // namespace

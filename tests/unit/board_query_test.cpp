@@ -1,5 +1,7 @@
 #include "host_answers.h"
 
+#include <barrier>
+#include <thread>
 #include <uvelcommon_base/kivo_board_query.h>
 #include <uvelcommon_base/kivo_settings.h>
 
@@ -246,6 +248,41 @@ TEST(UserDetect, TakesAnUnknownBoardForNumberZeroAndAsksAgain) {
     EXPECT_EQ(0u, KIVO_ADP_IsSupportUserDetectBySam());
     EXPECT_EQ(3u, kit::Op<DEVM_DB_GetSelfBoardId>().Calls());
 }
+
+/* ---- several threads ---- */
+
+/* Four threads ask at once, as nobody has asked before. */
+template <auto Read>
+void ExpectOneAnswerForAll(uint32_t (*query)(), uint32_t expected) {
+    Answers<Read>(7);
+    std::barrier start(4);
+    uint32_t answers[4] = {};
+    std::vector<std::thread> threads;
+    for (uint32_t &answer : answers) {
+        threads.emplace_back([&] {
+            start.arrive_and_wait();
+            answer = query();
+        });
+    }
+    for (std::thread &thread : threads)
+        thread.join();
+    for (const uint32_t answer : answers)
+        EXPECT_EQ(expected, answer);
+    const uint64_t reads = kit::Op<Read>().Calls();
+    EXPECT_LE(1u, reads);
+    EXPECT_GE(4u, reads);
+    EXPECT_EQ(expected, query());
+    EXPECT_EQ(reads, kit::Op<Read>().Calls()) << "it is known now";
+}
+
+TEST(OwnNumbers, MayBeAskedForByManyThreadsAtOnce) {
+    ExpectOneAnswerForAll<DEVM_DB_GetSelfSlotId>(UVEL_GetSelfSlotId, 7);
+    ExpectOneAnswerForAll<DEVM_DB_GetSelfChassisId>(UVEL_GetSelfChassisId, 7);
+    kit::Op<HA_GetMasterBoardID>().Returns(7);
+    ExpectOneAnswerForAll<DEVM_DB_GetSelfBoardId>(KIVO_ADP_IsSupportUserDetectBySam, 0);
+}
+
+/* ---- roles of services ---- */
 
 TEST(ServiceRole, IsTheHostsWhereSwitchEightIsOne) {
     KIVO_SetPdtOxmCfgSwitch(8, 1);

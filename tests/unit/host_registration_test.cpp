@@ -2,6 +2,7 @@
 
 #include "kit.h"
 
+#include <set>
 #include <uvelcommon_base/kivo_host_events.h>
 #include <uvelcommon_base/kivo_vlan_events.h>
 #include <uvelcommon_base/kivo_vsys.h>
@@ -127,8 +128,13 @@ TEST_F(HostRegistration, AssertsWhereTheHostMustNotFailAndGoesOn) {
 TEST_F(HostRegistration, GoesOnWhenEverythingFails) {
     FailRegistrations([](std::size_t) { return true; });
     kit::InFreshProcess([] {
+        std::set<uint32_t> lines;
+        kit::Op<qal_assert>().Does([&](const char *source, uint32_t line) {
+            EXPECT_STREQ("src/common_adp/src/kivo_oxm", source);
+            EXPECT_TRUE(lines.insert(line).second) << "every registration has its own line: " << line;
+        });
         KIVO_RegEventCallBack();
-        EXPECT_EQ(22u, kit::TakeAsserts().size());
+        EXPECT_EQ(22u, lines.size());
         kit::Recorder recorder;
         KIVO_RegEventCallBack();
         EXPECT_EQ(Calls{}, recorder.Calls()) << "not tried again";

@@ -9,6 +9,9 @@
 
 namespace oxm {
 
+/* The host's number for an interface that goes. */
+inline constexpr uint32_t IF_DELETED = 6;
+
 enum class Way : uint8_t { NOW, QUEUE };
 
 /* What becomes of a notification of the host. */

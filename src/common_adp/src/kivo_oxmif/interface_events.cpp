@@ -6,13 +6,12 @@
 
 using oxm::Way;
 
-static constexpr uint32_t IF_DELETED = 6;
 static constexpr uint32_t PORT_TYPE_LOOPBACK = 11;
 static constexpr uint32_t CHECK_KIND = 42;
 
 static constexpr oxm::ROUTE_S INTERFACE[] = {{2, KIVO_EVT_IF, 0, Way::QUEUE},
                                              {3, KIVO_EVT_IF, 19, Way::QUEUE},
-                                             {IF_DELETED, KIVO_EVT_IF, 1, Way::QUEUE},
+                                             {oxm::IF_DELETED, KIVO_EVT_IF, 1, Way::QUEUE},
                                              {25, KIVO_EVT_IF, 21, Way::QUEUE}};
 
 static KIVO_EVT_IF_S IfRecord(uint32_t ulParam, uint32_t ulIfIndex) {
@@ -41,7 +40,7 @@ static bool IsLoopback(uint32_t ulIfIndex) {
 
 uint32_t KIVO_Adapt_IfLoopDeleteEvtCB(uint32_t ulEvent, uint32_t ulIfIndex) {
     KIVO_EVT_IF_S stRecord;
-    if (ulEvent != IF_DELETED || !IsLoopback(ulIfIndex) || !oxmif::FillWithOnes(&stRecord))
+    if (ulEvent != oxm::IF_DELETED || !IsLoopback(ulIfIndex) || !oxmif::FillWithOnes(&stRecord))
         return KIVO_OK;
     stRecord = IfRecord(KIVO_NONE, ulIfIndex);
     return oxm::Queue(KIVO_EVT_IF, 1, stRecord);

@@ -1,6 +1,8 @@
 /* Addresses and VRFs of interfaces, bridge domains, values of ports. */
 #include "kivo_oxmif/fill.h"
 
+#include <arpa/inet.h>
+
 using oxm::Way;
 
 static constexpr oxm::ROUTE_S ADDRESS[] = {{16, KIVO_EVT_IP, 0, Way::NOW}, {32, KIVO_EVT_IP, 1, Way::NOW}};
@@ -23,7 +25,7 @@ uint32_t KIVO_Adapt_IPEvtCB(const uint32_t *pulIfIndex, uint32_t ulEvent, const 
         return KIVO_OK;
     auto stRecord = oxm::ZeroRecord<KIVO_EVT_IP_S>();
     stRecord.ulIfIndex = *pulIfIndex;
-    stRecord.ulAddr = __builtin_bswap32(*pulAddrNet);
+    stRecord.ulAddr = ntohl(*pulAddrNet);
     return oxm::Raise(*pstRoute, stRecord);
 }
 

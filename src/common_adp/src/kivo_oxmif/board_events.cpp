@@ -1,8 +1,6 @@
 /* The configuration's recovery, slots and cards. */
 #include "kivo_oxmif/fill.h"
 
-#include "kivo_oxmif/fill.h"
-
 using oxm::Way;
 
 static constexpr oxm::ROUTE_S SLOT[] = {{0, KIVO_EVT_SLOT, 0, Way::QUEUE},

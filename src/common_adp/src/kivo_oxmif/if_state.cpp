@@ -2,9 +2,7 @@
 #include <uvelcommon_base/kivo_if_query.h>
 
 #include "host_read.h"
-#include <uvelhost/assert.h>
-
-static constexpr char SOURCE[] = "src/common_adp/src/kivo_oxmif";
+#include "kivo_oxmif/fill.h"
 
 static_assert(KIVO_IF_STATE_UP == IF_STATE_UP && KIVO_IF_STATE_DOWN == IF_STATE_DOWN);
 
@@ -13,7 +11,7 @@ uint32_t KIVO_IF_GetIfLineStatuesByIndex(uint32_t ulIfIndex) {
     uint32_t ulIpv6 = 0;
     if (BDS_IfnetGetLineState(ulIfIndex, &ulIpv4) != KIVO_OK ||
         BDS_IfnetGetIpv6LinkState(ulIfIndex, &ulIpv6) != KIVO_OK) {
-        qal_assert(SOURCE, __LINE__);
+        qal_assert(oxmif::SOURCE, __LINE__);
         return KIVO_IF_STATE_UNKNOWN;
     }
     return ulIpv4 == IF_STATE_UP || ulIpv6 == IF_STATE_UP ? KIVO_IF_STATE_UP : KIVO_IF_STATE_DOWN;

@@ -8,7 +8,7 @@ static constexpr uint32_t SUPPORTED = 1;
 
 uint32_t UVEL_CapSetInit(void) {
     const uint32_t ulResult = capset_init();
-    if (ulResult == KIVO_OK)
+    if (ulResult == UVELHOST_OK)
         return KIVO_OK;
     NAC_Utils_PvtLog(LEVEL, "UVEL CapSetInit fail, ulRet:%u \n", ulResult);
     return KIVO_FAIL;
@@ -16,7 +16,7 @@ uint32_t UVEL_CapSetInit(void) {
 
 uint32_t UVEL_CapSetDestroy(void) {
     const uint32_t ulResult = capset_destroy();
-    if (ulResult == KIVO_OK)
+    if (ulResult == UVELHOST_OK)
         return KIVO_OK;
     NAC_Utils_PvtLog(LEVEL, "UVEL capset_destroy fail, ulRet:%u \n", ulResult);
     return KIVO_FAIL;
@@ -27,7 +27,7 @@ uint32_t UVEL_GetSpecsByDescr(const char *pszItem, uint32_t *pulValue) {
     uint32_t ulValue = 0;
     uint32_t ulSize = sizeof(ulValue);
     const uint32_t ulResult = capset_query_with_itemname(pszItem, &ulValue, &ulSize);
-    if (ulResult == KIVO_OK) {
+    if (ulResult == UVELHOST_OK) {
         if (pulValue != nullptr)
             *pulValue = ulValue;
         return KIVO_OK;

@@ -5,15 +5,13 @@
 
 #include "host_read.h"
 #include <uvelcommon_base/kivo_settings.h>
+#include <uvelcommon_base/kivo_vsys.h>
 #include <uvelhost/assert.h>
 #include <uvelhost/component.h>
 #include <uvelhost/device.h>
 #include <uvelhost/vrf.h>
 
 static constexpr char SOURCE[] = "src/common_adp/src/kivo_pdtadapt";
-
-/* The common specification that limits virtual systems. */
-static constexpr uint32_t SPEC_VSYS_LIMIT = 0;
 
 uint32_t g_uveldMainNodeID;
 
@@ -54,7 +52,7 @@ uint32_t KIVO_Adapt_CFG_GetVsysID(void) {
 
 uint32_t KIVO_Adapt_GetVsysIDByIfFullName(const char *pszName) {
     const uint32_t ulId = ReadOr<BDS_l3vpnName2VrfIdQueryByName>(0U, pszName);
-    return ulId < KIVO_GetKivoCommonSpec(SPEC_VSYS_LIMIT) ? ulId : 0;
+    return ulId < KIVO_GetKivoCommonSpec(KIVO_SPEC_VSYS_LIMIT) ? ulId : 0;
 }
 
 uint32_t KIVO_Adapt_SupportOnlyLsw(void) {

@@ -31,8 +31,8 @@ UVEL_API uint32_t KIVO_IP_GetIfIpAddrByIndex(uint32_t ulIfIndex, uint32_t *pulAd
 /* The interface's first address. 1, with an assertion, for null. */
 UVEL_API uint32_t KIVO_Adapt_GetIfIpAddrByIndex(uint32_t ulIfIndex, uint32_t *pulAddr);
 
-/* The interface's main address and its mask. *pulMask is 0 after a failure. A prefix length above 32, which is none, is
- * left in *pulMask as the host gave it. 1 for a null pulMask. */
+/* The interface's main address and its mask. After a failure *pulMask is 0, or what the host wrote. A prefix length
+ * above 32, which is none, is left in *pulMask as the host gave it. 1 for a null pulMask. */
 UVEL_API uint32_t KIVO_IF_GetMainIpAddr(uint32_t ulIfIndex, uint32_t *pulAddr, uint32_t *pulMask);
 
 /* The interface's own address, the one it sends from. */

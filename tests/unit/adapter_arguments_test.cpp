@@ -74,6 +74,28 @@ TEST_F(AdapterArguments, OfLayer2MustBeThere) {
     EXPECT_EQ(0u, kit::Op<BDS_IfnetGetPhyType>().Calls());
 }
 
+TEST_F(AdapterArguments, AreLookedAtBeforeTheEvent) {
+    const std::function<uint32_t()> asserted[] = {
+        [&] { return KIVO_Adapt_IPEvtCB(nullptr, 1, words); },
+        [&] { return KIVO_Adapt_IPEvtCB(words, 1, nullptr); },
+        [&] { return KIVO_Adapt_VlanBatchEvtCB(words, 1, nullptr); },
+        [&] { return KIVO_Adapt_QinQEvtCB(words, 1, nullptr); },
+        [&] { return KIVO_Adapt_PortSwitchEvtCB(nullptr, 1, words); },
+        [&] { return KIVO_Adapt_RcvVlanCreateEvt(words, 1, nullptr); },
+    };
+    for (std::size_t i = 0; i < std::size(asserted); ++i) {
+        EXPECT_EQ(1u, asserted[i]()) << i;
+        EXPECT_EQ(i < 2 ? INTERFACE_SOURCE : VLAN_SOURCE, kit::TakeAsserts()) << i;
+    }
+    EXPECT_EQ(1u, KIVO_Adapt_PortChgEvtCB(nullptr, 1, words));
+    EXPECT_EQ(1u, KIVO_Adapt_PortChgEvtCB(words, 1, nullptr));
+    EXPECT_EQ(1u, KIVO_Adapt_VlanAddDelPortEvtCB(nullptr, 1, words));
+    EXPECT_EQ(1u, KIVO_Adapt_VlanAddDelPortEvtCB(words, 1, nullptr));
+    EXPECT_EQ(1u, UVEL_Vlan_BuildRun(nullptr, 1, words));
+    EXPECT_EQ(1u, UVEL_Vlan_BuildRun(words, 1, nullptr));
+    EXPECT_EQ(NONE, kit::TakeAsserts());
+}
+
 TEST_F(AdapterArguments, QinQOfAPortWithoutAnInterfaceIsIgnored) {
     kit::Op<BDS_L2IF_PORT_GetIfIndex>().Returns(1);
     words[0] = 0x77;

@@ -105,9 +105,11 @@ TEST(Mask, IsReadForAnIndexThatTheHostCallsValid) {
 }
 
 TEST(Mask, OfAnInvalidIndexIsZeroAndNotAskedFor) {
-    kit::Op<BDS_IsValidIfIndex>().Returns(0);
     Answers<IP_GetMask>(0xFFFFFF00);
-    EXPECT_EQ(0u, KIVO_IP_GetMask(5));
+    for (const uint32_t answer : {0u, 2u, 0xFFFFFFFFu}) {
+        kit::Op<BDS_IsValidIfIndex>().Returns(answer);
+        EXPECT_EQ(0u, KIVO_IP_GetMask(5)) << "valid is 1 alone, not " << answer;
+    }
     EXPECT_EQ(0u, kit::Op<IP_GetMask>().Calls());
 }
 
@@ -215,6 +217,14 @@ TEST(VrfOfInterface, IsReadForARoutedInterface) {
     EXPECT_EQ(5u, std::get<0>(kit::Op<BDS_IfnetGetVrfIndexByIfIndex>().Last()));
     FailsWriting<BDS_IfnetGetVrfIndexByIfIndex>(42);
     EXPECT_EQ(0u, KIVO_IF_GetVrfIndexByIfIndex(5));
+}
+
+TEST(VrfOfInterface, IsReadUnlessTheHostSaysOneForASwitchPort) {
+    Answers<BDS_IfnetGetVrfIndexByIfIndex>(42);
+    for (const uint32_t answer : {2u, 0xFFFFFFFFu}) {
+        kit::Op<BDS_IfnetIsSwitchPort>().Returns(answer);
+        EXPECT_EQ(42u, KIVO_IF_GetVrfIndexByIfIndex(5)) << answer;
+    }
 }
 
 TEST(VrfOfInterface, IsZeroForASwitchPortAndAnInvalidIndexWithoutARead) {

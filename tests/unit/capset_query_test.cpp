@@ -54,6 +54,13 @@ TEST(Specification, IsZeroAfterAFailureWhichIsTheHosts) {
     }
 }
 
+TEST(Specification, IsTheHostsAnswerAlsoWithoutAName) {
+    Item(5);
+    uint32_t value = 77;
+    EXPECT_EQ(0u, UVEL_GetSpecsByDescr(nullptr, &value));
+    EXPECT_EQ(5u, value);
+}
+
 TEST(Specification, OfANullArgumentIsAskedForAllTheSame) {
     Item(5, 9);
     uint32_t value = 77;

@@ -110,6 +110,17 @@ TEST_F(VirtualSystems, ThatExistAreReplayedWithTheirNames) {
     EXPECT_EQ(3 + 2 * ofOneWalk, walks) << "three pauses, also before the one that is left out";
 }
 
+TEST_F(VirtualSystems, AreReplayedBelowTheLimitByTheirWholeNumber) {
+    trap.dataSize = 4;
+    Vrfs({{0x10005, "a"}, {5, "b"}, {16, "c"}, {15, "d"}});
+    EXPECT_EQ(0u, KIVO_VsysRecoverInit());
+    EXPECT_EQ((std::vector<RaisedEvent>{{NOW, 1101, 0, "05000000"}, {NOW, 1101, 0, "0F000000"}}), trap.Take());
+    KIVO_SetKivoCommonSpec(0, 0x20000);
+    Vrfs({{0x10001, "e"}});
+    EXPECT_EQ(0u, KIVO_VsysRecoverInit());
+    EXPECT_EQ((std::vector<RaisedEvent>{{NOW, 1101, 0, "01000100"}}), trap.Take());
+}
+
 TEST_F(VirtualSystems, AreReplayedAfterAPauseEach) {
     Vrfs({{1, "a"}});
     kit::Recorder recorder({"L3VPN", "QAL_TaskRunDelay", "HA_GetBoardType"});

@@ -205,4 +205,29 @@ TEST_F(VlanLists, OfHybridPortsGiveWayAfterEachNotification) {
     EXPECT_EQ((std::tuple{200u, 20u}), kit::Op<QAL_TaskRunDelay>().Last());
 }
 
+/* Notifications give way too, within themselves: what they do is taken off. */
+TEST_F(VlanLists, OfHybridPortsGiveWayNotBeforeTheFirstNotificationAndAlsoAfterTheOneThatFails) {
+    int calls = 0;
+    int failing = 0;
+    uint64_t atFirst = 0;
+    const auto yields = [] { return kit::Op<QAL_TaskRunDelay>().Calls(); };
+    trap.also = [&](void *) {
+        atFirst = calls == 0 ? yields() : atFirst;
+        return ++calls == failing ? 55U : 0U;
+    };
+    EXPECT_EQ(0u, UVEL_EventCallBackNotify(1302, 0, nullptr));
+    const uint64_t walk = yields();
+    const uint64_t beforeCallback = atFirst;
+    failing = 2;
+    EXPECT_EQ(55u, UVEL_EventCallBackNotify(1302, 0, nullptr));
+    const uint64_t failingWalk = yields() - walk;
+
+    calls = 0;
+    failing = 4;
+    const uint64_t before = yields();
+    EXPECT_EQ(1u, Hybrid({{3}, {1, 2, 3}}, {{0, 2}, {8, 9}}));
+    EXPECT_EQ(before + beforeCallback, atFirst);
+    EXPECT_EQ(3 * walk + failingWalk + 4, yields() - before);
+}
+
 } // namespace

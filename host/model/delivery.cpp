@@ -11,12 +11,12 @@
 namespace uvel::host::model {
 
 constinit thread_local uint32_t t_user __attribute__((tls_model("initial-exec"))) = 0;
+constinit thread_local const Notices *t_going __attribute__((tls_model("initial-exec"))) = nullptr;
+constinit thread_local uint32_t t_position __attribute__((tls_model("initial-exec"))) = 0;
 
 namespace {
 
-/* What the notifying thread delivers at the moment; null on every other thread. */
-constinit thread_local const Notices *t_notices = nullptr;
-constinit thread_local uint32_t t_position = 0;
+constinit thread_local bool t_delivering = false;
 
 constinit std::mutex g_lock; /* everything below that is not atomic */
 Notices *g_first = nullptr;
@@ -37,7 +37,8 @@ Notices *TakeAll() {
 }
 
 void Deliver(Notices &notices) {
-    t_notices = &notices;
+    t_delivering = true;
+    t_going = notices.HasGoing() ? &notices : nullptr;
     t_user = notices.user;
     for (t_position = 0; t_position < notices.Count(); ++t_position) {
         const uint64_t failures = CallListeners(notices, t_position);
@@ -48,7 +49,8 @@ void Deliver(Notices &notices) {
         }
         g_delivered.fetch_add(1, std::memory_order_release);
     }
-    t_notices = nullptr;
+    t_delivering = false;
+    t_going = nullptr;
     t_user = 0;
     g_done.fetch_add(1, std::memory_order_release);
     FutexWakeAll(&g_done);
@@ -106,23 +108,7 @@ uint64_t NextNoticeNumber() {
 }
 
 bool IsDelivering() {
-    return t_notices != nullptr;
-}
-
-const MDL_IF_S *GoingIf(uint32_t if_index) {
-    return t_notices == nullptr ? nullptr : t_notices->GoingIf(if_index, t_position);
-}
-
-const MDL_IF_S *GoingPort(uint32_t port_index) {
-    return t_notices == nullptr ? nullptr : t_notices->GoingPort(port_index, t_position);
-}
-
-const MDL_TRUNK_S *GoingTrunk(uint32_t trunk_id) {
-    return t_notices == nullptr ? nullptr : t_notices->GoingTrunk(trunk_id, t_position);
-}
-
-const MDL_TRUNK_S *GoingTrunkOfIf(uint32_t if_index) {
-    return t_notices == nullptr ? nullptr : t_notices->GoingTrunkOfIf(if_index, t_position);
+    return t_delivering;
 }
 
 } // namespace uvel::host::model

@@ -1,11 +1,24 @@
 #include "model/notices.h"
 
+#include "model/snapshot.h"
 #include <algorithm>
 #include <cstring>
 #include <iterator>
-#include <tuple>
 
 namespace uvel::host::model {
+
+void GoingIndex::Sort() {
+    std::sort(entries_.begin(), entries_.end(), [](const Entry &left, const Entry &right) {
+        return Pair(left.number, left.until) < Pair(right.number, right.until);
+    });
+}
+
+uint32_t GoingIndex::Find(uint32_t number, uint32_t position) const {
+    const auto found = std::partition_point(entries_.begin(), entries_.end(), [&](const Entry &each) {
+        return Pair(each.number, each.until) < Pair(number, position);
+    });
+    return found != entries_.end() && found->number == number ? found->place : NO_PLACE;
+}
 
 uint32_t Notices::AddBytes(const void *bytes, std::size_t size) {
     const auto offset = static_cast<uint32_t>(bytes_.size() * 8);
@@ -58,48 +71,49 @@ void Notices::AddPortToList(uint32_t first_vlan, uint32_t last_vlan, uint32_t ev
     Add({.topic = MDL_TOPIC_L2, .event = event, .key = key, .data = AddBytes(list), .open = true});
 }
 
+void Notices::AddGoing(const MDL_IF_S &interface) {
+    const auto place = static_cast<uint32_t>(interfaces_.size());
+    interfaces_.push_back(interface);
+    by_interface_.Add(interface.ulIfIndex, Last(), place);
+    if (interface.ulPortIndex != UVELHOST_NONE)
+        by_port_.Add(interface.ulPortIndex, Last(), place);
+}
+
+void Notices::AddGoing(const MDL_TRUNK_S &trunk) {
+    const auto place = static_cast<uint32_t>(trunks_.size());
+    trunks_.push_back(trunk);
+    trunk_by_id_.Add(trunk.ulTrunkId, Last(), place);
+    trunk_by_interface_.Add(trunk.ulIfIndex, Last(), place);
+}
+
 void Notices::Seal() {
-    const auto by_interface = [](const auto &left, const auto &right) {
-        return std::tuple(left.value.ulIfIndex, left.until) < std::tuple(right.value.ulIfIndex, right.until);
-    };
-    std::sort(interfaces_.begin(), interfaces_.end(), by_interface);
-    std::sort(trunks_.begin(), trunks_.end(), by_interface);
+    for (GoingIndex *index : {&by_interface_, &by_port_, &trunk_by_id_, &trunk_by_interface_})
+        index->Sort();
 }
 
 namespace {
 
-/* `going` is ordered by interface and `until`. */
 template <typename T>
-const T *FindByIf(const std::vector<Going<T>> &going, uint32_t if_index, uint32_t position) {
-    const auto found = std::partition_point(going.begin(), going.end(), [&](const Going<T> &each) {
-        return std::tuple(each.value.ulIfIndex, each.until) < std::tuple(if_index, position);
-    });
-    return found != going.end() && found->value.ulIfIndex == if_index ? &found->value : nullptr;
-}
-
-template <typename T, typename Is>
-const T *FindIf(const std::vector<Going<T>> &going, uint32_t position, Is &&is) {
-    const auto found = std::find_if(going.begin(), going.end(),
-                                    [&](const Going<T> &each) { return each.until >= position && is(each.value); });
-    return found != going.end() ? &found->value : nullptr;
+const T *OrNull(const std::vector<T> &going, uint32_t place) {
+    return place == GoingIndex::NO_PLACE ? nullptr : &going[place];
 }
 
 } // namespace
 
 const MDL_IF_S *Notices::GoingIf(uint32_t if_index, uint32_t position) const {
-    return FindByIf(interfaces_, if_index, position);
+    return OrNull(interfaces_, by_interface_.Find(if_index, position));
 }
 
 const MDL_IF_S *Notices::GoingPort(uint32_t port_index, uint32_t position) const {
-    return FindIf(interfaces_, position, [&](const MDL_IF_S &each) { return each.ulPortIndex == port_index; });
+    return OrNull(interfaces_, by_port_.Find(port_index, position));
 }
 
 const MDL_TRUNK_S *Notices::GoingTrunk(uint32_t trunk_id, uint32_t position) const {
-    return FindIf(trunks_, position, [&](const MDL_TRUNK_S &each) { return each.ulTrunkId == trunk_id; });
+    return OrNull(trunks_, trunk_by_id_.Find(trunk_id, position));
 }
 
 const MDL_TRUNK_S *Notices::GoingTrunkOfIf(uint32_t if_index, uint32_t position) const {
-    return FindByIf(trunks_, if_index, position);
+    return OrNull(trunks_, trunk_by_interface_.Find(if_index, position));
 }
 
 /* ---- which events there are */

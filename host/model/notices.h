@@ -22,11 +22,22 @@ struct Notice {
     bool open = false; /* made from a change: the next change of the same kind may join it */
 };
 
-/* Something that is going: queries inside the notifications up to `until` still find it. */
-template <typename T>
-struct Going {
-    T value;
-    uint32_t until;
+/* Where what is going stands, by one of its numbers: queries inside the notifications up to `until` still find it. */
+class GoingIndex {
+  public:
+    void Add(uint32_t number, uint32_t until, uint32_t place) { entries_.push_back({number, until, place}); }
+    void Sort();
+
+    /* What goes next, at `position` or behind it; NO_PLACE without one. */
+    uint32_t Find(uint32_t number, uint32_t position) const;
+
+    static constexpr uint32_t NO_PLACE = UVELHOST_NONE;
+
+  private:
+    struct Entry {
+        uint32_t number, until, place;
+    };
+    std::vector<Entry> entries_;
 };
 
 class Notices {
@@ -48,8 +59,9 @@ class Notices {
     void AddPortToList(uint32_t first_vlan, uint32_t last_vlan, uint32_t event, uint32_t port);
 
     /* Goes with the notification added last. */
-    void AddGoing(const MDL_IF_S &interface) { interfaces_.push_back({interface, Last()}); }
-    void AddGoing(const MDL_TRUNK_S &trunk) { trunks_.push_back({trunk, Last()}); }
+    void AddGoing(const MDL_IF_S &interface);
+    void AddGoing(const MDL_TRUNK_S &trunk);
+    bool HasGoing() const { return !interfaces_.empty() || !trunks_.empty(); }
 
     /* Orders what is going for the look-ups below. Once, before delivery. */
     void Seal();
@@ -74,15 +86,33 @@ class Notices {
 
     std::vector<Notice> notices_;
     std::vector<uint64_t> bytes_;
-    std::vector<Going<MDL_IF_S>> interfaces_;
-    std::vector<Going<MDL_TRUNK_S>> trunks_;
+    std::vector<MDL_IF_S> interfaces_; /* that are going, and the trunks */
+    std::vector<MDL_TRUNK_S> trunks_;
+    GoingIndex by_interface_;
+    GoingIndex by_port_;
+    GoingIndex trunk_by_id_;
+    GoingIndex trunk_by_interface_;
 };
 
-/* What is going in the notification that the calling thread delivers at the moment; null without one. */
-const MDL_IF_S *GoingIf(uint32_t if_index);
-const MDL_IF_S *GoingPort(uint32_t port_index);
-const MDL_TRUNK_S *GoingTrunk(uint32_t trunk_id);
-const MDL_TRUNK_S *GoingTrunkOfIf(uint32_t if_index);
+/* Notifications that the calling thread delivers at the moment, when something goes with them, and which of them; null
+ * otherwise. */
+extern constinit thread_local const Notices *t_going __attribute__((tls_model("initial-exec")));
+extern constinit thread_local uint32_t t_position __attribute__((tls_model("initial-exec")));
+
+/* What is going in the notification that the calling thread delivers at the moment; null without one. Asked before what
+ * is published: that may be a successor. */
+inline const MDL_IF_S *GoingIf(uint32_t if_index) {
+    return t_going == nullptr ? nullptr : t_going->GoingIf(if_index, t_position);
+}
+inline const MDL_IF_S *GoingPort(uint32_t port_index) {
+    return t_going == nullptr ? nullptr : t_going->GoingPort(port_index, t_position);
+}
+inline const MDL_TRUNK_S *GoingTrunk(uint32_t trunk_id) {
+    return t_going == nullptr ? nullptr : t_going->GoingTrunk(trunk_id, t_position);
+}
+inline const MDL_TRUNK_S *GoingTrunkOfIf(uint32_t if_index) {
+    return t_going == nullptr ? nullptr : t_going->GoingTrunkOfIf(if_index, t_position);
+}
 
 /* Gives notifications to the notifying thread, in the order of the calls. */
 void Enqueue(Notices *notices);

@@ -10,16 +10,16 @@ namespace uvel::host::model {
 
 /* The interface, also while the notification that it goes is delivered by this thread. */
 inline const MDL_IF_S *FindIf(const Reading &model, uint32_t if_index) {
-    const MDL_IF_S *interface = model->interfaces.Get(if_index);
-    return interface != nullptr ? interface : GoingIf(if_index);
+    const MDL_IF_S *going = GoingIf(if_index);
+    return going != nullptr ? going : model->interfaces.Get(if_index);
 }
 
 /* The same at the moment of the question, for questions about nothing else. */
 class AskedInterface {
   public:
-    explicit AskedInterface(uint32_t if_index) : published_(if_index), found_(published_.Get()) {
-        if (found_ == nullptr) [[unlikely]]
-            found_ = GoingIf(if_index);
+    explicit AskedInterface(uint32_t if_index) : published_(if_index), found_(GoingIf(if_index)) {
+        if (found_ == nullptr) [[likely]]
+            found_ = published_.Get();
     }
 
     const MDL_IF_S *Get() const { return found_; }

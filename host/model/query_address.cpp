@@ -11,8 +11,10 @@ constexpr uint32_t MaskOf(uint32_t prefix_len) {
     return prefix_len == 0 ? 0 : 0xFFFFFFFFU << (32 - prefix_len);
 }
 
-/* The main address, without it the oldest; null without an address. */
+/* The main address, without it the oldest; null without an address. Those of an interface that goes went before it. */
 const MDL_ADDR4_S *FirstAddress(const Reading &model, uint32_t if_index) {
+    if (GoingIf(if_index) != nullptr)
+        return nullptr;
     const Addr4 *first = nullptr;
     model->addr4.VisitFrom(Pair(if_index, 0), [&](uint64_t key, const Node<Addr4> &node) {
         const Addr4 &each = node.value;

@@ -8,24 +8,31 @@ using namespace uvel::host::model;
 namespace {
 
 const MDL_TRUNK_S *TrunkById(const Reading &model, uint32_t trunk_id) {
+    if (const MDL_TRUNK_S *going = GoingTrunk(trunk_id); going != nullptr)
+        return going;
     const uint32_t *index = model->trunk_by_id.Find(trunk_id);
-    return index != nullptr ? model->trunks.Get(*index) : GoingTrunk(trunk_id);
+    return index != nullptr ? model->trunks.Get(*index) : nullptr;
 }
 
 const MDL_TRUNK_S *TrunkByIf(const Reading &model, uint32_t if_index) {
+    if (const MDL_TRUNK_S *going = GoingTrunkOfIf(if_index); going != nullptr)
+        return going;
     const uint32_t *index = model->trunk_by_interface.Find(if_index);
-    return index != nullptr ? model->trunks.Get(*index) : GoingTrunkOfIf(if_index);
+    return index != nullptr ? model->trunks.Get(*index) : nullptr;
 }
 
-/* The trunk that the interface is a member of. */
+/* The trunk that the interface is a member of. One that goes has left its trunk before. */
 const MDL_TRUNK_S *TrunkOfMember(const Reading &model, uint32_t if_index) {
     const MDL_MEMBER_S *member = model->members.Get(if_index);
-    return member == nullptr ? nullptr : TrunkById(model, member->ulTrunkId);
+    return member == nullptr || GoingIf(if_index) != nullptr ? nullptr : TrunkById(model, member->ulTrunkId);
 }
 
-/* Calls visit(member) in ascending order of the interfaces until it answers false. */
+/* Calls visit(member) in ascending order of the interfaces until it answers false. A trunk that goes has none: they went
+ * before it, and who is there now belongs to its successor. */
 template <typename Visit>
 void VisitMembers(const Reading &model, const MDL_TRUNK_S &trunk, Visit &&visit) {
+    if (GoingTrunk(trunk.ulTrunkId) == &trunk)
+        return;
     model->members_of_trunk.VisitFrom(Pair(trunk.ulTrunkId, 0), [&](uint64_t key, uint32_t if_index) {
         return First(key) == trunk.ulTrunkId && visit(*model->members.Get(if_index));
     });

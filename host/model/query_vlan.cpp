@@ -26,8 +26,10 @@ uint32_t WriteFirst(const SortedMap<uint64_t, uint32_t> &map, uint32_t first, ui
 }
 
 const MDL_IF_S *InterfaceOfPort(const Reading &model, uint32_t port_index) {
+    if (const MDL_IF_S *going = GoingPort(port_index); going != nullptr)
+        return going;
     const uint32_t *if_index = model->interface_of_port.Find(port_index);
-    return if_index != nullptr ? model->interfaces.Get(*if_index) : GoingPort(port_index);
+    return if_index != nullptr ? model->interfaces.Get(*if_index) : nullptr;
 }
 
 } // namespace
@@ -88,7 +90,7 @@ uint32_t BDS_L2IF_SH_GetMaxSwitchPortNum(void) {
 
 uint32_t BDS_L2IF_PORT_IsUsed(uint32_t ulPortIndex) {
     const Reading model;
-    return model->interface_of_port.Find(ulPortIndex) != nullptr;
+    return InterfaceOfPort(model, ulPortIndex) != nullptr;
 }
 
 uint32_t BDS_L2IF_PORT_GetIfIndex(uint32_t ulPortIndex, uint32_t *pulIfIndex) {

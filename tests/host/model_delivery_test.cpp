@@ -1,5 +1,5 @@
 /* How notifications are delivered: order, threads, what is still known inside them, questions. */
-#include "model_fixtures.h"
+#include "model_notices.h"
 
 #include <atomic>
 #include <string>
@@ -117,10 +117,11 @@ TEST_F(HostDelivery, WhatWasQueuedBeforeARegistrationIsNotToldToIt) {
 }
 
 TEST_F(HostDelivery, InsideItsNotificationWhatGoesIsStillKnown) {
-    static uint32_t type, index, is_port, thread_sees;
+    static uint32_t type, index, is_port, is_used, thread_sees;
     ASSERT_EQ(0u, IF_INTF_RegEvtCb(IF_EVT_IF, 6, As(+[](uint32_t, uint32_t if_index) -> uint32_t {
                                        BDS_IfnetGetPortType(if_index, &type);
                                        is_port = BDS_L2IF_PORT_GetIfIndex(3, &thread_sees);
+                                       is_used = BDS_L2IF_PORT_IsUsed(3);
                                        return 0;
                                    }),
                                    1, IF_EVT_MASK_ALL));
@@ -147,9 +148,83 @@ TEST_F(HostDelivery, InsideItsNotificationWhatGoesIsStillKnown) {
     ASSERT_EQ(0u, MDL_Drain(10000));
     EXPECT_EQ(11u, type);
     EXPECT_EQ(0u, is_port);
+    EXPECT_EQ(1u, is_used);
     EXPECT_EQ(7u, thread_sees);
     EXPECT_EQ(1u, index);
     EXPECT_EQ(UVELHOST_NONE, Trunk_GetIndexByTrunkID(50));
+}
+
+TEST_F(HostDelivery, WhatGoesIsNotTakenForWhatCameAfterIt) {
+    static std::vector<std::string> seen;
+    ASSERT_EQ(0u, IF_INTF_RegEvtCb(IF_EVT_IF, IF_EVT_ALL_SUB, As(+[](uint32_t event, uint32_t if_index) -> uint32_t {
+                                       uint32_t type = UNTOUCHED, of_port = UNTOUCHED, mask = 0;
+                                       BDS_IfnetGetPortType(if_index, &type);
+                                       BDS_L2IF_PORT_GetIfIndex(3, &of_port);
+                                       IP_GetMask(if_index, &mask);
+                                       seen.push_back(notices::Join("if", event, if_index, type, of_port, mask >> 24,
+                                                                    BDS_TrunkIsPortInTrunk(if_index)));
+                                       return 0;
+                                   }),
+                                   1, IF_EVT_MASK_ALL));
+    MDL_IF_S first = Interface(7), other = Interface(6), second = Interface(7);
+    first.ulPortIndex = other.ulPortIndex = second.ulPortIndex = 3;
+    first.ulPortType = 11;
+    other.ulPortType = 5;
+    second.ulPortType = 1;
+    const MDL_ADDR4_S addr = {7, 0x0A000001, 24, 1, IP_FLAG_CONFIGURED};
+    const MDL_TRUNK_S trunk = {0, 3, 20};
+    const MDL_MEMBER_S member = {7, 3, 1};
+    PutIf(first);
+    ASSERT_EQ(0u, MDL_Drain(10000));
+    seen.clear();
+    InBatch([&](MDL_BATCH *batch) {
+        EXPECT_EQ(0u, MDL_RemoveIf(batch, 7));
+        EXPECT_EQ(0u, MDL_PutIf(batch, &other));
+        EXPECT_EQ(0u, MDL_RemoveIf(batch, 6));
+        EXPECT_EQ(0u, MDL_PutIf(batch, &second));
+        EXPECT_EQ(0u, MDL_PutAddr4(batch, &addr));
+        EXPECT_EQ(0u, MDL_PutTrunk(batch, &trunk));
+        EXPECT_EQ(0u, MDL_PutMember(batch, &member));
+    });
+    ASSERT_EQ(0u, MDL_Drain(10000));
+    EXPECT_EQ((std::vector<std::string>{"if 6 7 11 7 0 0", "if 2 6 5 6 0 0", "if 6 6 5 6 0 0", "if 2 7 1 7 255 1"}),
+              seen);
+    uint32_t type = UNTOUCHED;
+    EXPECT_EQ(0u, BDS_IfnetGetPortType(7, &type));
+    EXPECT_EQ(1u, type);
+}
+
+TEST_F(HostDelivery, ATrunkThatGoesKeepsItsIndexAndHasNoMembersOfItsSuccessor) {
+    static std::vector<std::string> seen;
+    const auto look = +[](uint32_t trunk, uint32_t event, uint32_t value) -> uint32_t {
+        uint32_t is_trunk = UNTOUCHED, index = UNTOUCHED;
+        BDS_TrunkGetTrunkIndex(20, &is_trunk, &index);
+        seen.push_back(notices::Join("trunk", event, value, Trunk_GetIndexByTrunkID(trunk), index,
+                                     BDS_TRUNK_GetMemCountOnSlot(20, 1)));
+        return 0;
+    };
+    for (const auto &[trunk_class, event] : {std::pair{1u, 2u}, {3u, 7u}, {3u, 6u}, {2u, 3u}, {3u, 8u}})
+        ASSERT_EQ(0u, Trunk_EventNotifyFuncRegister("x", trunk_class, event, 1, As(look)));
+    const MDL_TRUNK_S before = {0, 3, 20}, after = {5, 3, 20};
+    const MDL_MEMBER_S member = {21, 3, 1};
+    MDL_IF_S interface = Interface(21);
+    interface.ulSlot = 1;
+    InBatch([&](MDL_BATCH *batch) {
+        EXPECT_EQ(0u, MDL_PutIf(batch, &interface));
+        EXPECT_EQ(0u, MDL_PutTrunk(batch, &before));
+        EXPECT_EQ(0u, MDL_PutMember(batch, &member));
+    });
+    ASSERT_EQ(0u, MDL_Drain(10000));
+    seen.clear();
+    InBatch([&](MDL_BATCH *batch) {
+        EXPECT_EQ(0u, MDL_RemoveTrunk(batch, 3));
+        EXPECT_EQ(0u, MDL_PutTrunk(batch, &after));
+        EXPECT_EQ(0u, MDL_PutMember(batch, &member));
+    });
+    ASSERT_EQ(0u, MDL_Drain(10000));
+    EXPECT_EQ((std::vector<std::string>{"trunk 2 21 0 0 0", "trunk 7 21 0 0 0", "trunk 6 20 0 0 0", "trunk 3 21 5 5 1",
+                                        "trunk 8 21 5 5 1"}),
+              seen);
 }
 
 TEST_F(HostDelivery, AfterItsOwnNotificationWhatWentIsUnknown) {

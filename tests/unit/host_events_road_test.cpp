@@ -138,6 +138,35 @@ TEST_F(HostEventsRoad, OfALoopbackThatGoesReachesTwoAdapters) {
     EXPECT_EQ((Events{gone, gone}), Change([](MDL_BATCH *batch) { MDL_RemoveIf(batch, 0x200); }));
 }
 
+TEST_F(HostEventsRoad, OfWhatGoesIsNotThatOfItsSuccessor) {
+    MDL_IF_S loopback = Interface(0x200, "LoopBack0");
+    loopback.ulPortType = 11;
+    const MDL_IF_S memberIf = Interface(21, "eth21");
+    const MDL_TRUNK_S trunk{0, 3, 20};
+    const MDL_MEMBER_S member{21, 3, 1};
+    (void)Change([&](MDL_BATCH *batch) {
+        MDL_PutIf(batch, &loopback);
+        MDL_PutIf(batch, &memberIf);
+        MDL_PutTrunk(batch, &trunk);
+        MDL_PutMember(batch, &member);
+    });
+    const std::string gone = "queue 1/1 1C000000 07000000 FFFFFFFF FFFFFFFF FFFFFFFF FFFFFFFF 00020000";
+    loopback.ulPortType = 1;
+    EXPECT_EQ((Events{gone, gone, "queue 1/0 1C000000 07000000 FFFFFFFF FFFFFFFF FFFFFFFF FFFFFFFF 00020000"}),
+              Change([&](MDL_BATCH *batch) {
+                  MDL_RemoveIf(batch, 0x200);
+                  MDL_PutIf(batch, &loopback);
+              }));
+    const MDL_TRUNK_S successor{5, 3, 20};
+    EXPECT_EQ(
+        (Events{"now 25/25 10000000 07000000 15000000 00000000", "queue 24/24 10000000 07000000 15000000 00000000",
+                "queue 26/0 10000000 07000000 06000000 14000000"}),
+        Change([&](MDL_BATCH *batch) {
+            MDL_RemoveTrunk(batch, 3);
+            MDL_PutTrunk(batch, &successor);
+        }));
+}
+
 TEST_F(HostEventsRoad, OfALayer2SubInterface) {
     const MDL_IF_S main = Interface(1, "eth0");
     MDL_IF_S sub = Interface(2, "eth0.5");

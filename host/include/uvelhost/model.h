@@ -42,7 +42,9 @@
  *     trunk going                                            class 3 event 6 (trunk id, interface index)
  *     virtual system created, deleted                        VRF_EVT_CREATED, VRF_EVT_DELETED
  *
- * While the notification that something goes is delivered, queries from inside it still find what goes.
+ * While the notification that something goes is delivered, queries from inside it still find what goes, also when a
+ * successor is there already. All else they answer as it is now: what a later batch changed or removed before the
+ * notification about it is delivered is found changed, or not at all, and who asks tells that, or nothing.
  *
  * Results: 0; 1 for a bad argument (nothing is changed), and for memory (the batch is lost as a whole: the commit
  * fails). Removing what is not there is a success.

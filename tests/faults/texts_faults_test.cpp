@@ -18,6 +18,14 @@ TEST(FailingCopy, OfAWeekdayOrMonthIsNotReported) {
     EXPECT_STREQ("before", text);
 }
 
+TEST(FailingCopy, OfTheWeekdayAndTheMonthLeavesBlanksInADate) {
+    const SRV_DATE_S date{2024, 3, 7, 9, 5, 0, 1};
+    char text[40] = "before";
+    kit::Op<strcpy_s>().Returns(162);
+    EXPECT_EQ(0u, SRV_DateToString(&date, text, sizeof text));
+    EXPECT_STREQ("   , 7     2024 09:05:00", text);
+}
+
 TEST(FailingPrint, OfADateIsNotReported) {
     const SRV_DATE_S date{2024, 3, 7, 9, 5, 0, 1};
     char text[40] = "before";

@@ -19,8 +19,8 @@ static constexpr char MONTHS[12][4] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
                                        "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
 
 uint32_t SRV_DateToString(const SRV_DATE_S *pstDate, char *szBuffer, uint32_t ulSize) {
-    char szWeekDay[5];
-    char szMonth[5];
+    char szWeekDay[5] = ""; /* and stays so when the name cannot be copied */
+    char szMonth[5] = "";
     if (pstDate == nullptr || szBuffer == nullptr)
         return KIVO_FAIL;
     if (SRV_WeekToString(pstDate->ucWeekDay, szWeekDay, sizeof(szWeekDay)) != KIVO_OK ||

@@ -1,8 +1,12 @@
 #include <uvelcommon_base/kivo_ip.h>
 
+#include <array>
+#include <cstddef>
 #include <cstring>
+#include <iterator>
 #include <set>
 #include <string>
+#include <thread>
 #include <uvelcommon_base/kivo_inet.h>
 #include <vector>
 
@@ -13,6 +17,57 @@
 namespace {
 
 using namespace address_samples;
+
+/* The eight buffers of a ring in ascending order. */
+template <typename Write>
+std::set<const char *> BuffersOf(Write write) {
+    std::set<const char *> buffers;
+    for (int i = 0; i < 8; ++i)
+        buffers.insert(write());
+    return buffers;
+}
+
+/* How far the buffers of a ring lie apart; 0 when not all are equally far. */
+std::ptrdiff_t SpacingOf(const std::set<const char *> &buffers) {
+    const std::ptrdiff_t spacing = *std::next(buffers.begin()) - *buffers.begin();
+    for (auto next = std::next(buffers.begin()); next != buffers.end(); ++next) {
+        if (*next - *std::prev(next) != spacing)
+            return 0;
+    }
+    return spacing;
+}
+
+const char *AnyIpv4Text() {
+    return SRV_IpAddrtoStr(0xFFFFFFFF);
+}
+
+const char *AnyIpv6Text() {
+    static const Packed6 longest = Ip6("ffff:ffff:ffff:ffff:ffff:ffff:ffff:ffff");
+    return SRV_Ipv6AddrtoStr(longest.data());
+}
+
+TEST(IpTextRings, AreEightBuffersOf16And64Bytes) {
+    EXPECT_EQ(8u, BuffersOf(AnyIpv4Text).size());
+    EXPECT_EQ(16, SpacingOf(BuffersOf(AnyIpv4Text)));
+    EXPECT_EQ(8u, BuffersOf(AnyIpv6Text).size());
+    EXPECT_EQ(64, SpacingOf(BuffersOf(AnyIpv6Text)));
+}
+
+TEST(IpTextRings, GiveOutNothingButTheirBuffersWhenThreadsMeetInThem) {
+    const std::set<const char *> four = BuffersOf(AnyIpv4Text);
+    const std::set<const char *> six = BuffersOf(AnyIpv6Text);
+    std::array<unsigned, 4> strays{};
+    std::vector<std::thread> threads;
+    for (unsigned &stray : strays) {
+        threads.emplace_back([&] {
+            for (int i = 0; i < 100000; ++i)
+                stray += four.contains(AnyIpv4Text()) && six.contains(AnyIpv6Text()) ? 0 : 1;
+        });
+    }
+    for (std::thread &thread : threads)
+        thread.join();
+    EXPECT_EQ((std::array<unsigned, 4>{}), strays);
+}
 
 /* --- IPv4 --- */
 
@@ -109,9 +164,11 @@ TEST(Ipv6Text, IsTheFormattersText) {
 
 TEST(Ipv6Text, OfNoAddressIsAHyphenThatTakesNoBuffer) {
     const char *first = SRV_Ipv6AddrtoStr(Ip6("::1").data());
-    for (int i = 0; i < 20; ++i)
-        EXPECT_STREQ("-", SRV_Ipv6AddrtoStr(nullptr));
+    EXPECT_STREQ("-", SRV_Ipv6AddrtoStr(nullptr));
+    for (int i = 0; i < 7; ++i)
+        EXPECT_NE(first, SRV_Ipv6AddrtoStr(Ip6("::2").data()));
     EXPECT_STREQ("::1", first);
+    EXPECT_EQ(first, SRV_Ipv6AddrtoStr(Ip6("::3").data()));
     EXPECT_EQ(SRV_Ipv6AddrtoStr(nullptr), SRV_Ipv6AddrtoStr(nullptr));
 }
 

@@ -1,5 +1,6 @@
 #include <uvelcommon_base/kivo_time.h>
 
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
@@ -33,6 +34,11 @@ void Note(const std::string &call) {
     std::lock_guard lock(kit::detail::Mutex());
     if (kit::detail::Recording(call.c_str()))
         kit::detail::Record(call);
+}
+
+bool AllZero(const void *record, std::size_t size) {
+    const std::vector<char> zeros(size, 0);
+    return std::memcmp(record, zeros.data(), size) == 0;
 }
 
 std::string Quoted(const char *text) {
@@ -75,6 +81,7 @@ struct tm *localtime_r(const time_t *now, struct tm *result) noexcept {
         return nullptr;
     if (!g_system.local)
         return Next<struct tm *(const time_t *, struct tm *)>("localtime_r")(now, result);
+    EXPECT_TRUE(AllZero(result, offsetof(struct tm, tm_isdst) + sizeof result->tm_isdst)) << "not cleared before";
     *result = *g_system.local;
     return result;
 }
@@ -83,11 +90,6 @@ struct tm *localtime_r(const time_t *now, struct tm *result) noexcept {
 #pragma GCC visibility pop
 
 namespace {
-
-bool AllZero(const void *record, std::size_t size) {
-    const std::vector<char> zeros(size, 0);
-    return std::memcmp(record, zeros.data(), size) == 0;
-}
 
 struct tm Broken(int year, int month, int day, int hour, int minute, int second) {
     struct tm broken {};
@@ -119,6 +121,7 @@ class Time : public testing::Test {
 
     static void SetBoot(uint32_t seconds, uint32_t remainder) {
         kit::Op<QAL_SecondNow>().Does([=](uint32_t *s, uint32_t *r) -> uint32_t {
+            EXPECT_EQ(0u, *r) << "the remainder was not cleared before";
             *s = seconds;
             *r = remainder;
             return 0;
@@ -129,6 +132,7 @@ class Time : public testing::Test {
         const auto clock = [=](QAL_DATE_S *d, QAL_TIME_S *t, uint32_t *r) -> uint32_t {
             EXPECT_TRUE(AllZero(d, sizeof *d)) << "the date record was not cleared before";
             EXPECT_TRUE(AllZero(t, sizeof *t)) << "the time record was not cleared before";
+            EXPECT_EQ(0u, *r) << "the remainder was not cleared before";
             *d = date;
             *t = time;
             *r = remainder;

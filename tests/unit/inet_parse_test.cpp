@@ -2,7 +2,6 @@
 
 #include <array>
 #include <cstring>
-#include <random>
 #include <string>
 
 #include "kit.h"

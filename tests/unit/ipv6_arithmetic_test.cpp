@@ -175,10 +175,6 @@ TEST(Ipv6Distance, IsTheDifferenceOfTheNumbers) {
     });
 }
 
-uint32_t InSection(const char *address, const char *low, const char *high) {
-    return SRV_IPv6AddrInSection(Ip6(address).data(), Ip6(low).data(), Ip6(high).data());
-}
-
 Number AnyNumber(std::mt19937_64 &random) {
     return Number{random()} << 64 | random();
 }
@@ -200,6 +196,10 @@ TEST(Ipv6Arithmetic, IsThatOfIntegersOf128Bits) {
         const int32_t size = a >> 24 == b >> 24 ? static_cast<int32_t>(distance) : 0x00FFFFFF;
         ASSERT_EQ(a >= b ? size : -size, SRV_IPv6AddrDiff(packedA.data(), packedB.data())) << "seed " << SEED;
     }
+}
+
+uint32_t InSection(const char *address, const char *low, const char *high) {
+    return SRV_IPv6AddrInSection(Ip6(address).data(), Ip6(low).data(), Ip6(high).data());
 }
 
 TEST(Ipv6Section, HoldsBothEnds) {

@@ -17,7 +17,7 @@
 #ifndef UVELCOMMON_BASE_KIVO_IP_H
 #define UVELCOMMON_BASE_KIVO_IP_H
 
-#include <uvelcommon_base/kivo_types.h>
+#include "kivo_types.h"
 
 /* Bytes of an IPv6 address. */
 #define SRV_IPV6_SIZE 16U

@@ -5,8 +5,6 @@
 #include <cstring>
 #include <uvelhost/assert.h>
 
-#include "kivo_common/hex_digits.h"
-
 static constexpr char SOURCE[] = "src/common_adp/src/kivo_oxm_adapt";
 static constexpr uint32_t WORDS = 8;
 

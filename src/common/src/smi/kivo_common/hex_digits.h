@@ -1,4 +1,4 @@
-/* Tables for hexadecimal digits, shared by the MAC texts and the hex conversion. */
+/* Tables for hexadecimal digits, shared by the MAC texts, the hex conversion and the reader of IPv6 groups. */
 #ifndef KIVO_COMMON_HEX_DIGITS_H
 #define KIVO_COMMON_HEX_DIGITS_H
 

@@ -154,10 +154,22 @@ static UVEL_EVENT_NODE_S *Advance(DLL_S *pstList, Walk &stWalk) {
     return stWalk.pstCurrent;
 }
 
+/* What a node books is written whole and without an order: threads of the host may notify one event at once, and the
+ * counts may then miss one of two calls. */
+template <typename Number>
+static void Set(Number *pNumber, Number value) {
+    __atomic_store_n(pNumber, value, __ATOMIC_RELAXED);
+}
+
+template <typename Number>
+static void Add(Number *pNumber, Number value) {
+    Set(pNumber, static_cast<Number>(__atomic_load_n(pNumber, __ATOMIC_RELAXED) + value));
+}
+
 static void BookTime(UVEL_EVENT_NODE_S *pstNode, uint64_t ullMs) {
-    pstNode->ulTotalMs += ullMs;
-    if (ullMs > pstNode->ulWorstMs)
-        pstNode->ulWorstMs = ullMs < UINT32_MAX ? static_cast<uint32_t>(ullMs) : UINT32_MAX;
+    Add(&pstNode->ulTotalMs, ullMs);
+    if (ullMs > __atomic_load_n(&pstNode->ulWorstMs, __ATOMIC_RELAXED))
+        Set(&pstNode->ulWorstMs, ullMs < UINT32_MAX ? static_cast<uint32_t>(ullMs) : UINT32_MAX);
 }
 
 /* Calls the walk's node and books the call. When the callback returns, the node may be another one (or its copy), and
@@ -167,12 +179,12 @@ static uint32_t Call(Walk &stWalk, uint32_t ulValue, void *pData) {
     uint32_t ulStartMs = 0;
     const bool bStartKnown = QAL_SecondNow(&ulStartSeconds, &ulStartMs) == 0;
     UVEL_EVENT_NODE_S *pstNode = stWalk.pstCurrent;
-    pstNode->ulStartSeconds = ulStartSeconds;
-    pstNode->ulStartMs = ulStartMs;
-    ++pstNode->ulCalls;
+    Set(&pstNode->ulStartSeconds, ulStartSeconds);
+    Set(&pstNode->ulStartMs, uint64_t{ulStartMs});
+    Add(&pstNode->ulCalls, 1U);
     const uint32_t ulResult = pstNode->pfCallback(ulValue, pData);
     pstNode = stWalk.pstCurrent;
-    pstNode->ulLastResult = ulResult;
+    Set(&pstNode->ulLastResult, ulResult);
     uint32_t ulSeconds = 0;
     uint32_t ulMs = 0;
     if (QAL_SecondNow(&ulSeconds, &ulMs) == 0 && bStartKnown)
@@ -190,9 +202,9 @@ static uint32_t WalkList(DLL_S *pstList, Walk &stWalk, bool bMaster, uint32_t ul
     while (UVEL_EVENT_NODE_S *pstNode = Advance(pstList, stWalk)) {
         const uint32_t ulResult = TakesPart(pstNode, bMaster, ulValue) ? Call(stWalk, ulValue, pData) : KIVO_OK;
         if (ulResult != KIVO_OK) [[unlikely]] {
-            ++stWalk.pstCurrent->ulFailures;
+            Add(&stWalk.pstCurrent->ulFailures, 1U);
             if (stWalk.pstCurrent->ucContinueOnFailure == 0) {
-                g_ulLastErrMid = stWalk.pstCurrent->ulMid;
+                Set(&g_ulLastErrMid, stWalk.pstCurrent->ulMid);
                 return ulResult;
             }
         }

@@ -99,18 +99,20 @@ void *Receive(uint32_t back, uint32_t length, Input &input) {
     return buffer;
 }
 
-void FeedReceiver(CHI_RECV_CTX_S *contexts, uint32_t back, uint32_t length, void *buffer) {
+void FeedReceiver(CHI_RECV_CTX_S &context, uint32_t back, uint32_t length, void *buffer) {
     void *complete = nullptr;
-    const uint32_t result =
-        CHI_RecvMsgForFrag(back, &contexts[back], buffer, CBUF_C2D(back, buffer), length, &complete);
+    const uint32_t result = CHI_RecvMsgForFrag(back, &context, buffer, CBUF_C2D(back, buffer), length, &complete);
     REQUIRE(result == 0 || complete == nullptr);
-    REQUIRE(contexts[back].pBuffer == nullptr || contexts[back].ulReceived < contexts[back].ulTotal);
+    REQUIRE(context.pBuffer == nullptr || context.ulReceived < context.ulTotal);
+    REQUIRE(context.pBuffer == nullptr || g_live.count(static_cast<Smbuf *>(context.pBuffer)) == 1);
     if (complete == nullptr)
         return;
     if (back == CHI_BACK_YSB) {
         const auto *smbuf = static_cast<const Smbuf *>(complete);
         REQUIRE(smbuf->size >= WordAt(smbuf->data.get(), TOTAL_OFFSET) ||
                 smbuf->size >= CHI_GetMsgHeadLen(back) + length);
+    } else {
+        REQUIRE(complete == buffer);
     }
     CBUF_Free(back, complete);
 }
@@ -139,7 +141,7 @@ void FeedStore(CHI_RSM_CTL_S &control, uint32_t length, void *buffer) {
 }
 
 void FeedAll(Input input) {
-    CHI_RECV_CTX_S contexts[CHI_BACK_YSB + 1] = {};
+    CHI_RECV_CTX_S context{}; /* for what comes over all services */
     CHI_RSM_CTL_S control{};
     REQUIRE(CHI_InitMsgRsmCtl(&control, nullptr, 1) == 0);
     while (!input.AtEnd()) {
@@ -148,12 +150,10 @@ void FeedAll(Input input) {
         void *buffer = Receive(back, length, input);
         if (back == CHI_BACK_YSB)
             FeedStore(control, length, buffer);
-        FeedReceiver(contexts, back, length, buffer);
+        FeedReceiver(context, back, length, buffer);
     }
-    for (uint32_t back = 0; back <= CHI_BACK_YSB; ++back) {
-        if (contexts[back].pBuffer != nullptr)
-            CBUF_Free(back, contexts[back].pBuffer);
-    }
+    if (context.pBuffer != nullptr)
+        CBUF_Free(CHI_BACK_YSB, context.pBuffer);
     while (control.stList.ulCount != 0)
         CHI_DestroyMsgForRsm(CHI_BACK_YSB, &control, reinterpret_cast<CHI_RSM_MSG_S *>(control.stList.pstNext));
     LITE_HASH_Destroy(control.pstHash);

@@ -14,6 +14,14 @@ void PutWord(uint8_t *bytes, uint32_t offset, uint32_t value) {
     std::memcpy(bytes + offset, &value, 4);
 }
 
+/* A received buffer of HA or HSB with four bytes of payload. */
+void *PlainBuffer(uint32_t back, uint32_t total) {
+    void *buffer = nullptr;
+    EXPECT_EQ(0u, CBUF_Alloc(back, &buffer, 4));
+    PutWord(static_cast<uint8_t *>(buffer), back == 0 ? 32 : 336, total);
+    return buffer;
+}
+
 class Receive : public testing::Test {
   protected:
     ~Receive() override {
@@ -132,6 +140,25 @@ TEST_F(Receive, AWholeMessageEndsTheOneInProgressToo) {
     EXPECT_TRUE(Idle());
 }
 
+/* What is in progress here would be continued by a message whose id and number were read as zero. */
+TEST_F(Receive, AMessageOfAServiceWithoutIdsEndsTheOneInProgressAndIsTakenOrRefusedByItself) {
+    for (const uint32_t back : {0u, 1u}) {
+        for (const uint32_t total : {0u, 4u, 5u}) {
+            EXPECT_EQ(0u, Fragment(0, 0xFFFFFFFF, 6, "ab"));
+            void *buffer = PlainBuffer(back, total);
+            void *whole = nullptr;
+            EXPECT_EQ(total == 5 ? 1u : 0u,
+                      CHI_RecvMsgForFrag(back, &context, buffer, CBUF_C2D(back, buffer), 4, &whole));
+            EXPECT_EQ(total == 5 ? nullptr : buffer, whole) << "back type " << back << ", total " << total;
+            EXPECT_TRUE(Idle());
+            EXPECT_EQ(0, SmbufFake::live) << "the socket buffer goes back to its service";
+            if (whole != nullptr)
+                CBUF_Free(back, whole);
+            EXPECT_EQ(0u, kit::LiveBlocks());
+        }
+    }
+}
+
 TEST_F(Receive, AFragmentOfNoBytesIsAcceptedLikeAnyOther) {
     EXPECT_EQ(0u, Fragment(1, 0, 4, ""));
     EXPECT_EQ(0u, Fragment(1, 1, 4, "ab"));
@@ -193,11 +220,9 @@ TEST_F(Receive, AnnouncedTotalsUpToTheLargestAreSurvived) {
 TEST(ReceivePlainMemory, FragmentsOfHaAndHsbAreRefusedAndWholeMessagesPass) {
     for (const uint32_t back : {0u, 1u}) {
         for (const uint32_t total : {5u, 4u}) {
-            void *buffer = nullptr;
+            void *buffer = PlainBuffer(back, total);
             void *complete = nullptr;
             CHI_RECV_CTX_S context{};
-            ASSERT_EQ(0u, CBUF_Alloc(back, &buffer, 4));
-            PutWord(static_cast<uint8_t *>(buffer), back == 0 ? 32 : 336, total);
             EXPECT_EQ(total == 5 ? 1u : 0u,
                       CHI_RecvMsgForFrag(back, &context, buffer, CBUF_C2D(back, buffer), 4, &complete));
             EXPECT_EQ(total == 5 ? nullptr : buffer, complete);

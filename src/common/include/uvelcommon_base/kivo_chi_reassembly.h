@@ -67,7 +67,8 @@ UVEL_DATA CHI_RSM_CTL_S *g_pstCMMsgReassemCtl[4];
  * alone. 1 when the buffer was refused and freed:
  * bad arguments, an unreadable header, a fragment out of order or beyond the total length (both end the message in
  * progress), a fragment of a back type other than YSB, no memory. Only a null pBuffer frees nothing.
- * A fragment of another message ends the one in progress and is taken as a first one. */
+ * A fragment of another message ends the one in progress and is taken as a first one; whatever comes over HA and HSB,
+ * which have no message ids, counts as that. */
 UVEL_API uint32_t CHI_RecvMsgForFrag(uint32_t ulBackType, CHI_RECV_CTX_S *pstContext, void *pBuffer,
                                      const void *pPayload, uint32_t ulLen, void **ppComplete);
 

@@ -15,24 +15,24 @@ static_assert(offsetof(CHI_RECV_CTX_S, ulFragment) == 12);
 static_assert(offsetof(CHI_RECV_CTX_S, ulReceived) == 16);
 static_assert(offsetof(CHI_RECV_CTX_S, ulTotal) == 20);
 
-/* Ends the message in progress. */
-static void Abandon(uint32_t ulBackType, CHI_RECV_CTX_S *pstContext) {
-    CBUF_Free(ulBackType, pstContext->pBuffer);
+/* Ends the message in progress. Only YSB cuts messages, so whatever came now, that one is YSB's. */
+static void Abandon(CHI_RECV_CTX_S *pstContext) {
+    CBUF_Free(CHI_BACK_YSB, pstContext->pBuffer);
     *pstContext = CHI_RECV_CTX_S{};
 }
 
 /* Copies the payload behind what came before. False when the copy would leave the announced length. */
-static bool Append(uint32_t ulBackType, const CHI_RECV_CTX_S *pstContext, const void *pPayload, uint32_t ulLen) {
-    uint8_t *pucMessage = chi::PayloadOf(ulBackType, pstContext->pBuffer);
+static bool Append(const CHI_RECV_CTX_S *pstContext, const void *pPayload, uint32_t ulLen) {
+    uint8_t *pucMessage = chi::PayloadOf(CHI_BACK_YSB, pstContext->pBuffer);
     return pucMessage != nullptr && chi::Copy(pucMessage + pstContext->ulReceived,
                                               pstContext->ulTotal - pstContext->ulReceived, pPayload, ulLen);
 }
 
 /* A further fragment of the message in progress. */
-static uint32_t Continue(uint32_t ulBackType, CHI_RECV_CTX_S *pstContext, const CHI_MSG_INFO_S &stInfo,
-                         const void *pPayload, uint32_t ulLen, void **ppComplete) {
-    if (pstContext->ulFragment + 1 != stInfo.ulFragment || !Append(ulBackType, pstContext, pPayload, ulLen)) {
-        Abandon(ulBackType, pstContext);
+static uint32_t Continue(CHI_RECV_CTX_S *pstContext, const CHI_MSG_INFO_S &stInfo, const void *pPayload, uint32_t ulLen,
+                         void **ppComplete) {
+    if (pstContext->ulFragment + 1 != stInfo.ulFragment || !Append(pstContext, pPayload, ulLen)) {
+        Abandon(pstContext);
         return KIVO_FAIL;
     }
     if (static_cast<uint64_t>(pstContext->ulReceived) + ulLen < pstContext->ulTotal) {
@@ -45,8 +45,8 @@ static uint32_t Continue(uint32_t ulBackType, CHI_RECV_CTX_S *pstContext, const 
     return KIVO_OK;
 }
 
-/* The first fragment of a message of several. Only YSB cuts messages: what others announce is refused, after the
- * allocation that comes first for all. */
+/* The first fragment of a message of several. What services other than YSB announce is refused, after the allocation
+ * that comes first for all. */
 static uint32_t Begin(uint32_t ulBackType, CHI_RECV_CTX_S *pstContext, const uint8_t *pucHeader,
                       const CHI_MSG_INFO_S &stInfo, const void *pPayload, uint32_t ulLen) {
     void *pMessage = nullptr;
@@ -80,15 +80,15 @@ uint32_t CHI_RecvMsgForFrag(uint32_t ulBackType, CHI_RECV_CTX_S *pstContext, voi
         return KIVO_FAIL;
     }
     CHI_MSG_INFO_S stInfo;
-    stInfo.ulMsgId = stInfo.ulFragment = 0; /* for the services that have none */
     chi::ReadInfo(ulBackType, pucHeader, &stInfo);
 
     uint32_t ulResult;
-    if (pstContext->pBuffer != nullptr && pstContext->ulMsgId == stInfo.ulMsgId) {
-        ulResult = Continue(ulBackType, pstContext, stInfo, pPayload, ulLen, ppComplete);
+    /* The other services have no message ids: theirs is another message always. */
+    if (pstContext->pBuffer != nullptr && ulBackType == CHI_BACK_YSB && pstContext->ulMsgId == stInfo.ulMsgId) {
+        ulResult = Continue(pstContext, stInfo, pPayload, ulLen, ppComplete);
     } else {
         if (pstContext->pBuffer != nullptr)
-            Abandon(ulBackType, pstContext);
+            Abandon(pstContext);
         if (stInfo.ulTotalLength <= ulLen) {
             *ppComplete = pBuffer; /* the message came whole */
             return KIVO_OK;

@@ -11,7 +11,8 @@ namespace {
 const kit::Sources CHI{"src/common/src/smi/kivo_chi"};
 
 TEST(FailingClear, OfAChannelBufferAssertsAndTheBufferIsThere) {
-    for (const uint32_t back : {0u, 1u}) {
+    SmbufFake fake;
+    for (const uint32_t back : {0u, 1u, 2u}) {
         void *buffer = nullptr;
         kit::Op<memset_s>().FailsOn(1, 34);
         EXPECT_EQ(0u, CBUF_Alloc(back, &buffer, 10));

@@ -106,6 +106,22 @@ TEST_F(Receive, FragmentsInOrderMakeTheMessageWithItsFirstHeader) {
     EXPECT_TRUE(Idle());
 }
 
+TEST_F(Receive, AllOfTheFirstHeaderIsKept) {
+    uint8_t header[48];
+    for (uint32_t i = 0; i < sizeof header; ++i)
+        header[i] = static_cast<uint8_t>(0xC0 + i);
+    PutWord(header, 32, 8); /* the total length */
+    for (const uint32_t number : {0xEF000007u, 0xEF000008u}) {
+        void *buffer = Buffer(0, 0, 0, "abcd");
+        PutWord(header, 44, number);
+        std::memcpy(static_cast<FakeSmbuf *>(buffer)->data, header, sizeof header);
+        EXPECT_EQ(0u, CHI_RecvMsgForFrag(YSB, &context, buffer, CBUF_C2D(YSB, buffer), 4, &complete));
+    }
+    ASSERT_NE(nullptr, complete);
+    PutWord(header, 44, 0xEF000007);
+    EXPECT_EQ(0, std::memcmp(header, static_cast<FakeSmbuf *>(complete)->data, sizeof header));
+}
+
 TEST_F(Receive, AGapEndsTheMessage) {
     EXPECT_EQ(0u, Fragment(1, 7, 10, "abcd"));
     EXPECT_EQ(1u, Fragment(1, 9, 10, "efg"));

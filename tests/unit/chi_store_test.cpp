@@ -5,6 +5,8 @@
 
 namespace {
 
+const kit::Sources CHI{"src/common/src/smi/kivo_chi"};
+constexpr uint32_t HSB = 1;
 constexpr uint32_t YSB = 2;
 constexpr uint32_t MID = 0x00770000;
 
@@ -276,6 +278,40 @@ TEST_F(Store, RefusesNullsRecordsWithoutBuffersAndBuffersWithoutData) {
     CBUF_Free(YSB, fragment);
 }
 
+TEST_F(Store, AssertsOnABackTypeWithoutBuffers) {
+    CHI_RSM_MSG_S *record = Add(3, 77, 6);
+    void *fragment = nullptr;
+    ASSERT_EQ(0u, CBUF_Alloc(YSB, &fragment, 3));
+    const uint8_t header[48] = {};
+    for (const uint32_t back : {3u, 0xFFFFFFFFu}) {
+        EXPECT_EQ(1u, CHI_AddFrag2Msg(back, &control, fragment, "abc", 3, &complete, header, record));
+        EXPECT_EQ(CHI, kit::TakeAsserts()) << back;
+    }
+    EXPECT_EQ(Reports{}, g_reports);
+    EXPECT_EQ(nullptr, complete);
+    EXPECT_EQ(0u, record->ulReceived);
+    CBUF_Free(YSB, fragment);
+}
+
+TEST_F(Store, ReadsTheMessageIdFortyEightBytesBeforeThePayloadHoweverLongTheHeaderIs) {
+    CHI_RSM_MSG_S record{};
+    record.ulMsgId = 77;
+    record.ulTotal = 6;
+    ASSERT_EQ(0u, CBUF_Alloc(HSB, &record.pBuffer, 6));
+    void *fragment = nullptr;
+    ASSERT_EQ(0u, CBUF_Alloc(HSB, &fragment, 3));
+    auto *bytes = static_cast<uint8_t *>(fragment);
+    std::memcpy(bytes, &record.ulMsgId, 4); /* the header's first word is not it */
+    EXPECT_EQ(1u, CHI_AddFrag2Msg(HSB, &control, fragment, "abc", 3, &complete, bytes + 304, &record));
+    EXPECT_EQ(Reports{"1/2/0"}, g_reports);
+    std::memcpy(bytes + 304, &record.ulMsgId, 4);
+    EXPECT_EQ(0u, CHI_AddFrag2Msg(HSB, &control, fragment, "abc", 3, &complete, bytes + 304, &record));
+    EXPECT_EQ(3u, record.ulReceived);
+    EXPECT_EQ(0, std::memcmp("abc", static_cast<uint8_t *>(record.pBuffer) + 352, 3));
+    CBUF_Free(HSB, fragment);
+    CBUF_Free(HSB, record.pBuffer);
+}
+
 TEST_F(Store, ANullCallbackSilencesIt) {
     control.pfError = nullptr;
     CHI_RSM_MSG_S *record = Add(3, 77, 6);
@@ -303,6 +339,21 @@ TEST_F(Store, DropsTheOldestMessageAboveTheLimitOnePerCall) {
     EXPECT_EQ(0u, CHI_MsgNumLimitForRsm(YSB, &control));
     EXPECT_EQ(128u, control.stList.ulCount);
     EXPECT_EQ(1u, CHI_MsgNumLimitForRsm(YSB, nullptr));
+}
+
+TEST_F(Store, ReportsADroppedMessageWhenItIsGone) {
+    static const CHI_RSM_CTL_S *s_control = nullptr;
+    static std::vector<uint32_t> s_seen;
+    s_control = &control;
+    s_seen.clear();
+    control.pfError = [](uint32_t, uint32_t, uint32_t) {
+        s_seen = {s_control->stList.ulCount, LITE_HASH_GetCount(s_control->pstHash),
+                  static_cast<uint32_t>(SmbufFake::live)};
+    };
+    for (uint32_t key = 0; key < 129; ++key)
+        Add(key, key, 4);
+    EXPECT_EQ(0u, CHI_MsgNumLimitForRsm(YSB, &control));
+    EXPECT_EQ((std::vector<uint32_t>{128, 128, 128}), s_seen) << "in the list, in the hash table, buffers";
 }
 
 TEST_F(Store, DestroysARecordWithAndWithoutItsBuffer) {

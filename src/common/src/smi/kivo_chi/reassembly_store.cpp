@@ -162,8 +162,11 @@ uint32_t CHI_AddFrag2Msg(uint32_t ulBackType, CHI_RSM_CTL_S *pstCtl, void *pFrag
         return KIVO_FAIL;
     uint8_t *pucMessage = chi::PayloadOf(ulBackType, pstRecord->pBuffer);
     const uint8_t *pucPayload = chi::PayloadOf(ulBackType, pFragment);
-    if (pucMessage == nullptr || pucPayload == nullptr)
+    if (pucMessage == nullptr || pucPayload == nullptr) {
+        if (ulBackType > CHI_BACK_YSB)
+            qal_assert(SOURCE, __LINE__);
         return KIVO_FAIL;
+    }
     if (!Accept(ulBackType, pstCtl, pucPayload, ulLen, pHeader, pstRecord))
         return KIVO_FAIL;
 

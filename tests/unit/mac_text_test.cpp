@@ -1,3 +1,4 @@
+#include <uvelcommon_base/kivo_ip.h>
 #include <uvelcommon_base/kivo_mac.h>
 
 #include <array>
@@ -120,7 +121,8 @@ TEST(MacText, RingsShowTheirForm) {
 
 TEST(MacText, RingsShowAHyphenForNull) {
     EXPECT_STREQ("-", SRV_MacAddrtoStr(nullptr));
-    EXPECT_STREQ("-", SRV_MacAddrtoStrByteSplit(nullptr));
+    EXPECT_EQ(SRV_MacAddrtoStr(nullptr), SRV_MacAddrtoStrByteSplit(nullptr)) << "the same one";
+    EXPECT_EQ(SRV_MacAddrtoStr(nullptr), SRV_Ipv6AddrtoStr(nullptr)) << "as for IPv6 addresses";
 }
 
 TEST(MacText, RingsKeepTheEightLatestTexts) {
@@ -217,6 +219,36 @@ TEST(MacText, FlaggedFormNeedsAddressAndBuffer) {
     EXPECT_EQ(nullptr, SRV_MacAddrToStrPswWithType(SAMPLE.data(), nullptr, 1, 1, 1, 1));
 }
 
+/* Every writer with the address at the beginning of its buffer, or behind it. */
+TEST(MacText, MayOverwriteItsAddress) {
+    using Write = const char *(*)(const uint8_t *, char *);
+    struct Form {
+        Write write;
+        const char *text;   /* of the address beside the buffer */
+        const char *inside; /* of the address that the clearing of the buffer meets */
+    };
+    const auto longMac = [](const uint8_t *mac, char *text) -> const char * {
+        return QAL_LongMacToString(mac, text) == 14 ? text : nullptr;
+    };
+    const auto plain = [](const uint8_t *mac, char *text) -> const char * {
+        return SRV_MacToStrWithoutHyphen(mac, text, 13) == 12 ? text : nullptr;
+    };
+    const auto grouped = [](const uint8_t *mac, char *text) -> const char * { return SRV_MacAddrToStr(mac, text); };
+    const auto flagged = [](const uint8_t *mac, char *text) -> const char * {
+        return SRV_MacAddrToStrPswWithType(mac, text, 0, 0, 0, 0);
+    };
+    for (const Form &form :
+         {Form{longMac, "021a-2b3c-4d5e", "021a-2b3c-4d5e"}, Form{plain, "021a2b3c4d5e", "021a2b3c4d5e"},
+          Form{grouped, "021a-2b3c-4d5e", "0000-0000-0000"}, Form{flagged, "021a2b3c4d5e", "000000000000"}}) {
+        for (const std::size_t at : {0u, 1u, 5u, 7u, 18u}) {
+            Room room;
+            std::memcpy(room.text + at, SAMPLE.data(), SAMPLE.size());
+            const char *expected = at == 18 ? form.text : form.inside;
+            EXPECT_STREQ(expected, form.write(reinterpret_cast<uint8_t *>(room.text + at), room.text)) << at;
+        }
+    }
+}
+
 Mac ReadMac(const std::string &text) {
     static GuardedRoom room(256);
     Mac mac = {0xEE, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE};
@@ -259,6 +291,24 @@ TEST(MacRead, AcceptsASignAsPartOfAByte) {
 
 TEST(MacRead, ReadsBytesOfOneDigitBeforeSomethingElse) {
     EXPECT_EQ((Mac{0x02, 0x01, 0xA, 0xB, 0x0C, 0x0D}), ReadMac("2 1-a b-c d"));
+}
+
+TEST(MacRead, MayOverwriteItsText) {
+    struct Case {
+        const char *text;
+        std::size_t at; /* the address in the text's buffer */
+        Mac mac;
+    };
+    for (const Case &c :
+         {Case{"021a-2b3c-4d5e", 0, SAMPLE}, Case{"021a-2b3c-4d5e", 2, SAMPLE}, Case{"02:1a:2b:3c:4d:5e", 0, Mac{0x02}},
+          Case{"021a-2b3c-4d5", 0, {2, 0x1A, 0x2B, 0x3C, 0x4D, 5}},
+          Case{"021a-2b3c-4d5", 3, {2, 0x1A, 0x2B, 0x3C, 0x4D, 5}}, Case{"zz", 0, Mac{}}}) {
+        Room room;
+        std::strcpy(room.text, c.text);
+        auto *mac = reinterpret_cast<uint8_t *>(room.text + c.at);
+        EXPECT_EQ(0u, SRV_MacStrToAddr(room.text, mac));
+        EXPECT_EQ(0, std::memcmp(c.mac.data(), mac, 6)) << c.text << ", address at " << c.at;
+    }
 }
 
 TEST(MacRead, NeedsTextAndAddress) {

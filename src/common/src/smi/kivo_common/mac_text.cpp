@@ -11,15 +11,17 @@ static TEXT_RING_S<16> g_stGroupRing;
 static TEXT_RING_S<20> g_stByteRing;
 
 /* Writes the address with cSeparator after every PER_GROUP bytes but the last, and a terminator: 12 characters and
- * those separators. Returns the number of characters. */
+ * those separators. Returns the number of characters. The text may overwrite the address, which is read before. */
 template <uint32_t PER_GROUP>
 static inline int32_t Write(const uint8_t *pucMac, char *szBuffer, const HEX_PAIRS_S &stPairs, char cSeparator) {
+    uint8_t aucMac[SRV_MAC_SIZE];
+    memcpy(aucMac, pucMac, sizeof(aucMac));
     char *pszEnd = szBuffer;
 #pragma GCC unroll 6
     for (uint32_t i = 0; i < SRV_MAC_SIZE; ++i) {
         if (i != 0 && i % PER_GROUP == 0)
             *pszEnd++ = cSeparator;
-        memcpy(pszEnd, stPairs.aacPair[pucMac[i]], 2);
+        memcpy(pszEnd, stPairs.aacPair[aucMac[i]], 2);
         pszEnd += 2;
     }
     *pszEnd = '\0';
@@ -83,8 +85,9 @@ char *SRV_MacAddrToStrPswWithType(const uint8_t *pucMac, char *szBuffer, uint8_t
     return szBuffer;
 }
 
-/* Reads the canonical text, two digits a byte. False, with some bytes written, for any other. */
+/* Reads the canonical text, two digits a byte. False, and pucMac untouched, for any other: the text may stand there. */
 static bool ReadCanonical(const char *pszText, uint8_t *pucMac) {
+    uint8_t aucMac[SRV_MAC_SIZE];
 #pragma GCC unroll 6
     for (uint32_t i = 0; i < SRV_MAC_SIZE; ++i) {
         if ((i == 2 || i == 4) && *pszText++ != '-')
@@ -95,8 +98,9 @@ static bool ReadCanonical(const char *pszText, uint8_t *pucMac) {
         const uint8_t ucLow = HEX_ValueOf(*pszText++);
         if (ucLow == HEX_NO_DIGIT)
             return false;
-        pucMac[i] = static_cast<uint8_t>(ucHigh << 4 | ucLow);
+        aucMac[i] = static_cast<uint8_t>(ucHigh << 4 | ucLow);
     }
+    memcpy(pucMac, aucMac, sizeof(aucMac));
     return true;
 }
 

@@ -290,6 +290,71 @@ TEST(YangBombs, OfDefaultValuesAreRefused) {
     EXPECT_EQ("(none)", TextOf(Tree("<!DOCTYPE r [<!ATTLIST r k (v|w) 'v'>]><r/>")));
 }
 
+/* "r" with "a" of so many attributes. */
+std::string Attributes(int count, const std::string &prefix, const std::string &value) {
+    std::string xml = "<r><a";
+    for (int i = 0; i < count; ++i)
+        xml += " " + prefix + std::to_string(i) + value;
+    return xml + ">9</a></r>";
+}
+
+TEST(YangBombs, OfAttributesAreRefused) {
+    for (const char *prefix : {"k", "xmlns:k"})
+        for (const char *value : {"='v'", " = \"v\"", "='\"'", "=\"'\"", "='>'", "=\"/>\"", "='='"}) {
+            EXPECT_EQ("9", StrAt(Tree(Attributes(1000, prefix, value)), "a")) << prefix << value;
+            EXPECT_EQ("(none)", TextOf(Tree(Attributes(1001, prefix, value)))) << prefix << value;
+        }
+    EXPECT_EQ("(none)", TextOf(Tree("<r>it's<!--\"--><![CDATA[']]>" + Attributes(1001, "k", "='v'") + "</r>")));
+    EXPECT_EQ("(none)", TextOf(Tree("<!DOCTYPE r><?p '?>" + Attributes(1001, "k", "='v'"))));
+    EXPECT_EQ("(none)", TextOf(Tree(Attributes(500, "k", "='v'").substr(0, 3000))));
+}
+
+TEST(YangBombs, AreNoManyAttributesOfManyElements) {
+    std::string xml = "<r>";
+    for (int element = 0; element < 20; ++element)
+        xml += Attributes(100, "k", "='v'");
+    EXPECT_EQ("9", StrAt(Tree(xml + "</r>"), "r/a"));
+}
+
+TEST(YangBombs, AreNotEqualSignsElsewhere) {
+    std::string equals;
+    for (int i = 0; i < 2000; ++i)
+        equals += "a=b ";
+    EXPECT_EQ(equals, StrAt(Tree("<r><t>" + equals + "</t></r>"), "t"));
+    EXPECT_EQ(equals, StrAt(Tree("<r><t k='v'>" + equals + "</t></r>"), "t"));
+    EXPECT_EQ(equals, StrAt(Tree("<r><t><![CDATA[" + equals + "]]></t></r>"), "t"));
+    EXPECT_EQ("1", StrAt(Tree("<r><!--" + equals + "--><?p " + equals + "?><t k='" + equals + "'>1</t></r>"), "t"));
+    EXPECT_EQ("1", StrAt(Tree("<r>" + equals + "<t k=\"" + equals + "\">1</t>" + equals + "</r>"), "t"));
+}
+
+TEST(YangBombs, OfIdsAreRefused) {
+    const auto ids = [](int count, const char *type) {
+        std::string dtd = "<!DOCTYPE r [<!ATTLIST r";
+        for (int i = 0; i < count; ++i)
+            dtd += std::string(i % 10 == 9 ? "><!ATTLIST r" : "") + " k" + std::to_string(i) + " " + type + " #IMPLIED";
+        return dtd + ">]><r>1</r>";
+    };
+    EXPECT_EQ("<r>1</r>", TextOf(Tree(ids(64, "ID"))));
+    EXPECT_EQ("(none)", TextOf(Tree(ids(65, "ID"))));
+    EXPECT_EQ("<r>1</r>", TextOf(Tree(ids(500, "CDATA"))));
+}
+
+TEST(YangBombs, OfLongDocumentTypesAreRefused) {
+    const auto text = [](std::size_t size, const std::string &root, const std::string &behind) {
+        const std::string type = "<!DOCTYPE r [<!ELEMENT r ANY><!--";
+        return type + std::string(size - type.size() - 5 - root.size(), 'c') + "-->]>" + root + behind;
+    };
+    const std::string longer(20'000, 'x');
+    EXPECT_EQ(longer, StrAt(Tree(text(16 * 1024, "<r>", longer + "</r>")), ""));
+    EXPECT_EQ(nullptr, static_cast<xmlNode *>(Tree(text(16 * 1024 + 3, "<r>", longer + "</r>"))));
+    EXPECT_EQ(nullptr, static_cast<xmlNode *>(Tree(text(16 * 1024 + 4, "<r k='v'>", "</r>")))) << "half the tag";
+    std::string values = "<!DOCTYPE r [<!ATTLIST r k (v";
+    for (int i = 0; i < 8000; ++i)
+        values += "|v" + std::to_string(i);
+    EXPECT_EQ("(none)", TextOf(Tree(values + ") #IMPLIED>]><r/>")));
+    EXPECT_EQ(longer, StrAt(Tree("<r>" + longer + "</r>"), "")) << "nothing but the document type is meant";
+}
+
 TEST(YangBombs, AreRefusedInTextsThatAreNotWellFormedToo) {
     /* The parser goes on behind such errors, to find more of them. */
     for (const char *before : {"<?xml version='1.0' x>", "<?xml x?>", "<!-- -- -->", "<?xml version='1.0'?><?xml?>"}) {
@@ -330,11 +395,6 @@ TEST(YangSizes, OfAHundredKibibytesAreRead) {
     std::vector<char> buffer(100 * 1024, '#');
     EXPECT_EQ(1u, NAC_YANG_XmlGetStr(text, "", buffer.data(), 100 * 1024));
     EXPECT_EQ('#', buffer[0]);
-
-    std::string attributes = "<r><a";
-    for (int i = 0; attributes.size() < 100 * 1024; ++i)
-        attributes += " k" + std::to_string(i) + "='v'";
-    EXPECT_EQ("9", StrAt(Tree(attributes + ">9</a></r>"), "a"));
 }
 
 TEST(YangSizes, BeyondTheParsersLimitsAreRefused) {

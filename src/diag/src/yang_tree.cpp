@@ -2,7 +2,7 @@
 
 #include "yang_tree.h"
 
-#include "yang_dtd.h"
+#include "yang_tame.h"
 #include <climits>
 #include <cstddef>
 #include <cstring>
@@ -31,7 +31,7 @@ struct XML_WATCH_S {
     bool bNoMemory;
 };
 
-/* Goes before every use of libxml2, which wants to be set up by one thread before several of them use it. */
+/* Goes before libxml2 parses or may run short of memory; it wants to be set up by one thread before several use it. */
 static void BeginWatch(XML_WATCH_S *pstWatch) {
     static pthread_once_t s_stSetUp = PTHREAD_ONCE_INIT;
     (void)pthread_once(&s_stSetUp, xmlInitParser);

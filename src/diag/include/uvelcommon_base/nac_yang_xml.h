@@ -11,9 +11,11 @@
  * The nodes are libxml2's (struct _xmlNode is its xmlNode); who passes them on need not include its headers.
  *
  * Texts from outside are safe to read: nothing outside the text is ever loaded, no file and no network. Entities that a
- * document declares for itself read as nothing. A document that declares parameter entities with a text or default
- * values of attributes is refused: both let a short text keep the parser busy without end, and no configuration has
- * them.
+ * document declares for itself read as nothing. What lets a short text keep the parser busy, and no configuration has,
+ * is refused: parameter entities with a text, default values of attributes, more than 64 attributes of type ID or 1000
+ * attributes of one element, and a document type where it or the root element's start tag does not end within 16 KiB.
+ * Namespaces that nested elements declare still take time with the square of the text's length: who reads texts of
+ * strangers bounds their length.
  *
  * Ownership: NAC_YANG_XmlNewRoot gives a tree that the caller releases; all other nodes belong to the tree they are in.
  * Threads: any; a tree belongs to one caller at a time. Nothing is printed: errors of libxml2 are kept from the error
@@ -33,8 +35,8 @@ typedef struct NAC_YANG_REQUEST_S {
 } NAC_YANG_REQUEST_S;
 
 /* A copy of the element at pszPath below the root element of the request's document, with all that is in it; the caller
- * releases it with NAC_YANG_XmlDelRoot. Null for a null request or text, a text that is not a well-formed document or
- * longer than 2 GiB - 1, a path that leads nowhere, and when memory is short. */
+ * releases it with NAC_YANG_XmlDelRoot. Null for a null request or text, a text that is not a well-formed document, is
+ * refused as above or longer than 2 GiB - 1, a path that leads nowhere, and when memory is short. */
 UVEL_API struct _xmlNode *NAC_YANG_XmlNewRoot(const NAC_YANG_REQUEST_S *pstRequest, const char *pszPath);
 
 /* Releases a node of NAC_YANG_XmlNewRoot; null is ignored. */

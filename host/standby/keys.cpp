@@ -15,6 +15,7 @@
 #include <string>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <vector>
 
 namespace {
 
@@ -101,12 +102,38 @@ Certificate MakeCertificate(EVP_PKEY *key, const std::string &name, uint32_t day
     return certificate;
 }
 
+/* Files that were made; gone again unless all of them are kept: what is there would be in the way of the next attempt. */
+class MadeFiles {
+  public:
+    MadeFiles() = default;
+    ~MadeFiles() {
+        for (const std::string &path : paths_)
+            (void)unlink(path.c_str());
+    }
+    MadeFiles(const MadeFiles &) = delete;
+    MadeFiles &operator=(const MadeFiles &) = delete;
+
+    /* Opens a new file for writing. */
+    int Make(const std::string &path, mode_t mode) {
+        paths_.push_back(path);
+        const int descriptor = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
+        if (descriptor < 0) {
+            const int reason = errno;
+            paths_.pop_back(); /* whose it is, is not known */
+            throw Failure{path + ": " + std::strerror(reason)};
+        }
+        return descriptor;
+    }
+    void Keep() { paths_.clear(); }
+
+  private:
+    std::vector<std::string> paths_;
+};
+
 /* Writes a new file; nobody may read a key on its way there. */
 template <typename Write>
-void WriteFile(const std::string &path, mode_t mode, Write write) {
-    const int descriptor = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
-    if (descriptor < 0)
-        throw Failure{path + ": " + std::strerror(errno)};
+void WriteFile(MadeFiles &files, const std::string &path, mode_t mode, Write write) {
+    const int descriptor = files.Make(path, mode);
     FILE *file = fdopen(descriptor, "w");
     const bool written = file != nullptr && write(file) == 1;
     const bool closed = file == nullptr ? (close(descriptor), false) : std::fclose(file) == 0;
@@ -114,13 +141,14 @@ void WriteFile(const std::string &path, mode_t mode, Write write) {
         throw Failure{path + ": cannot be written"};
 }
 
-void WriteDevice(const std::string &folder, const char *name, uint32_t days, X509 *authority, EVP_PKEY *authority_key) {
+void WriteDevice(MadeFiles &files, const std::string &folder, const char *name, uint32_t days, X509 *authority,
+                 EVP_PKEY *authority_key) {
     const Key key = MakeKey();
     const Certificate certificate = MakeCertificate(key.get(), name, days, authority, authority_key);
-    WriteFile(folder + name + ".key", 0600, [&](FILE *file) {
+    WriteFile(files, folder + name + ".key", 0600, [&](FILE *file) {
         return PEM_write_PKCS8PrivateKey(file, key.get(), nullptr, nullptr, 0, nullptr, nullptr);
     });
-    WriteFile(folder + name + ".pem", 0644, [&](FILE *file) { return PEM_write_X509(file, certificate.get()); });
+    WriteFile(files, folder + name + ".pem", 0644, [&](FILE *file) { return PEM_write_X509(file, certificate.get()); });
 }
 
 void MakeAll(const char *folder, const char *first, const char *second, uint32_t days) {
@@ -144,9 +172,11 @@ void MakeAll(const char *folder, const char *first, const char *second, uint32_t
     const Key key = MakeKey();
     const std::string name = std::string("hot standby of ") + first + " and " + second;
     const Certificate authority = MakeCertificate(key.get(), name.substr(0, 64), days, nullptr, key.get());
-    WriteDevice(prefix, first, days, authority.get(), key.get());
-    WriteDevice(prefix, second, days, authority.get(), key.get());
-    WriteFile(prefix + "authority.pem", 0644, [&](FILE *file) { return PEM_write_X509(file, authority.get()); });
+    MadeFiles files;
+    WriteDevice(files, prefix, first, days, authority.get(), key.get());
+    WriteDevice(files, prefix, second, days, authority.get(), key.get());
+    WriteFile(files, prefix + "authority.pem", 0644, [&](FILE *file) { return PEM_write_X509(file, authority.get()); });
+    files.Keep();
 }
 
 } // namespace

@@ -375,4 +375,19 @@ TEST_F(Opening, KeysAreMadeOnceAndReadByTheirOwnerAlone) {
     EXPECT_FALSE(std::filesystem::exists(fresh));
 }
 
+TEST_F(Opening, KeysThatCannotAllBeMadeLeaveNothingInTheWay) {
+    namespace fs = std::filesystem;
+    const std::string folder = pairs.Ours() + "/half";
+    ASSERT_TRUE(fs::create_directory(folder));
+    const std::string third = folder + "/b.key";
+    fs::create_symlink("nowhere", third); /* nothing is there, and nothing can be made */
+    char error[256] = "";
+    EXPECT_EQ(1u, YSB_Link_MakeKeys(folder.c_str(), "a", "b", 1, error, sizeof error));
+    EXPECT_EQ(third + ": File exists", error);
+    EXPECT_EQ(1, std::distance(fs::directory_iterator(folder), {})) << "what was there before stays";
+    EXPECT_TRUE(fs::remove(third));
+    EXPECT_EQ(0u, YSB_Link_MakeKeys(folder.c_str(), "a", "b", 1, error, sizeof error)) << error;
+    EXPECT_EQ(5, std::distance(fs::directory_iterator(folder), {}));
+}
+
 } // namespace

@@ -195,7 +195,8 @@ UVELHOST_API const char *YSB_Link_RefusalText(uint32_t ulRefusal);
 
 /* Makes in a folder, which it creates where necessary, an authority and the certificates and keys of two devices:
  * authority.pem and, for each device, NAME.pem and NAME.key (mode 0600). The authority's own key is not kept. Existing
- * files are left alone: it fails when one of these is there. ulDays is how long they are valid. Names are DNS names. */
+ * files are left alone: it fails when one of these is there. A failure leaves none behind. ulDays is how long they are
+ * valid. Names are DNS names. */
 UVELHOST_API uint32_t YSB_Link_MakeKeys(const char *pszFolder, const char *pszFirst, const char *pszSecond,
                                         uint32_t ulDays, char *pszError, uint32_t ulErrorSize);
 

@@ -230,6 +230,59 @@ TEST_F(Devices, SurviveWhatHappensToThem) {
     EXPECT_EQ(table, Table(b));
 }
 
+/* What one side says arrives, what the other one says does not: the deaf one ends the connection, and both go on. */
+TEST_F(Devices, SurviveALineThatCarriesOneWayOnly) {
+    for (const bool from_client : {true, false}) {
+        SCOPED_TRACE(from_client ? "B hears nothing" : "A hears nothing");
+        ASSERT_TRUE(InStep());
+        NodeProcess &deaf = from_client ? b : a;
+        const uint64_t timeouts = deaf.Counter("timeouts");
+        const uint64_t of_a = a.Counter("disconnects");
+        const uint64_t of_b = b.Counter("disconnects");
+        proxy.StallFrom(from_client, !from_client);
+        (void)Active()->Ask("many 1 50 " + std::to_string(from_client ? 1 : 2) + " 100");
+        EXPECT_TRUE(Eventually([&] { return a.Counter("disconnects") > of_a && b.Counter("disconnects") > of_b; }));
+        EXPECT_LT(timeouts, deaf.Counter("timeouts"));
+        proxy.Stall(false);
+        EXPECT_TRUE(InStep());
+    }
+    EXPECT_EQ(0u, a.Counter("violations"));
+    EXPECT_EQ(0u, b.Counter("violations"));
+}
+
+TEST_F(PatientDevices, AgreeOnVersionsThatAreToldWhileTheyAreConnected) {
+    ASSERT_TRUE(InStep());
+    const auto agreed = [&](const std::string &version) {
+        return Eventually([&] { return a.Ask("agreed 77") == version && b.Ask("agreed 77") == version; });
+    };
+    EXPECT_TRUE(agreed("none"));
+    EXPECT_EQ("ok", a.Ask("version 77 5"));
+    EXPECT_EQ("none", a.Ask("agreed 77")) << "B has none";
+    EXPECT_EQ("ok", b.Ask("version 77 3"));
+    EXPECT_TRUE(agreed("3"));
+    EXPECT_EQ("ok", b.Ask("version 77 4"));
+    EXPECT_EQ("3", b.Ask("agreed 77")) << "what is told again holds from the next connection on";
+    proxy.Cut(false);
+    EXPECT_TRUE(agreed("4"));
+}
+
+/* No old value of a batch overtakes a change that was made while it ran. */
+TEST_F(PatientDevices, KeepEqualTablesWhenTheyChangeDuringABatch) {
+    ASSERT_TRUE(InStep());
+    for (uint32_t version = 1; version < 20; version += 2) {
+        /* Long ones take a while; the short ones overtake them. */
+        EXPECT_EQ("ok", a.Ask("many 1 1000 " + std::to_string(version) + " 2000"));
+        EXPECT_EQ("ok", a.Ask("sync 10000"));
+        const uint64_t batches = a.Counter("batches");
+        EXPECT_EQ("ok", a.Ask("batch"));
+        EXPECT_EQ("ok", a.Ask("many 1 1000 " + std::to_string(version + 1) + " 0"));
+        EXPECT_TRUE(Eventually([&] { return a.Counter("batches") > batches; }));
+        EXPECT_EQ("ok", a.Ask("sync 10000"));
+        ASSERT_EQ(a.Ask("digest"), b.Ask("digest")) << "version " << version;
+    }
+    EXPECT_EQ(1000u, Table(b).size());
+}
+
 /* The encrypted stream is cut after n bytes of a connection, for every n: in the handshake, the introduction, messages
  * and acknowledgements. Most of it is waiting for the next connection, so there are shares of it that run side by side. */
 class CutDevices : public PatientDevices, public testing::WithParamInterface<uint64_t> {

@@ -11,6 +11,9 @@
 //     dump FILE                  ok; "KEY VERSION" a line
 //     state                      CONNECTED ACTIVE BACKUP PORT BROKEN
 //     counter NAME               a number
+//     batch                      ok: the peer gets everything once more
+//     version MODULE VERSION     ok: tells it, as one that understands lower ones
+//     agreed MODULE              a version | none
 //     role NUMBER | quit
 
 #include <atomic>
@@ -216,6 +219,15 @@ std::string Counter(const std::string &name) {
     return found == values.end() ? "unknown" : std::to_string(found->second);
 }
 
+std::string TellVersion(uint32_t module, uint32_t version) {
+    return YsbAdaptRegisterVersion(YsbAdaptGetModId(module), version, 1) == 0 ? "ok" : "refused";
+}
+
+std::string AgreedVersion(uint32_t module) {
+    uint32_t version = 0;
+    return YsbAdaptGetNegoVersion(YsbAdaptGetModId(module), &version) == 0 ? std::to_string(version) : "none";
+}
+
 std::string Answer(const std::string &line) {
     std::istringstream words(line);
     std::string command;
@@ -234,8 +246,14 @@ std::string Answer(const std::string &line) {
         }
         return "ok";
     }
+    if (command == "version" || command == "agreed") {
+        words >> key >> record.version;
+        return command == "version" ? TellVersion(key, record.version) : AgreedVersion(key);
+    }
     std::string rest;
     words >> rest;
+    if (command == "batch")
+        return YSB_Link_StartBatch() == 0 ? "ok" : "refused";
     if (command == "sync")
         return Sync(static_cast<unsigned>(std::stoul(rest))) ? "ok" : "late";
     if (command == "digest")

@@ -104,10 +104,11 @@ void Proxy::Carry(Line &line, int from, int to, uint64_t &count, uint64_t limit)
 void Proxy::Run() {
     while (!stop_) {
         std::vector<pollfd> polled = {{wake_, POLLIN, 0}, {listener_, POLLIN, 0}};
+        const bool stalled_client = stalled_client_;
+        const bool stalled_server = stalled_server_;
         for (const Line &line : lines_) {
-            const short events = stalled_ ? 0 : POLLIN;
-            polled.push_back({stalled_ ? -1 : line.client, events, 0});
-            polled.push_back({stalled_ ? -1 : line.server, events, 0});
+            polled.push_back({stalled_client ? -1 : line.client, POLLIN, 0});
+            polled.push_back({stalled_server ? -1 : line.server, POLLIN, 0});
         }
         (void)poll(polled.data(), polled.size(), 20);
         uint64_t ignored;
@@ -124,7 +125,7 @@ void Proxy::Run() {
                 Carry(line, line.server, line.client, line.from_server, limit_server_);
         }
         std::erase_if(lines_, [](const Line &line) { return line.dead; });
-        if (polled[1].revents != 0 && !stalled_)
+        if (polled[1].revents != 0 && !(stalled_client && stalled_server))
             Accept();
     }
 }

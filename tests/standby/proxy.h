@@ -23,7 +23,12 @@ class Proxy {
     /* Ends all connections: orderly, or with a reset. */
     void Cut(bool reset);
     /* From now on nothing is carried, and nobody is told. */
-    void Stall(bool stalled) { stalled_ = stalled; }
+    void Stall(bool stalled) { StallFrom(stalled, stalled); }
+    /* The same for what comes from the connecting side, and for what comes from the other one. */
+    void StallFrom(bool client, bool server) {
+        stalled_client_ = client;
+        stalled_server_ = server;
+    }
     /* The next connections are cut after so many bytes from the connecting side (or from the other one). */
     void CutAfter(uint64_t from_client, uint64_t from_server);
     uint64_t Connections() const { return connections_; }
@@ -47,7 +52,8 @@ class Proxy {
     uint16_t port_ = 0;
     std::atomic<uint16_t> target_{0};
     std::atomic<bool> stop_{false};
-    std::atomic<bool> stalled_{false};
+    std::atomic<bool> stalled_client_{false};
+    std::atomic<bool> stalled_server_{false};
     std::atomic<int> cut_{0}; /* 1: orderly, 2: reset */
     std::atomic<uint64_t> limit_client_{UINT64_MAX};
     std::atomic<uint64_t> limit_server_{UINT64_MAX};

@@ -14,6 +14,7 @@
 #include <sys/socket.h>
 #include <thread>
 #include <unistd.h>
+#include <uvelhost/ha.h>
 #include <uvelhost/standby_link.h>
 #include <vector>
 
@@ -98,6 +99,16 @@ class TwoPairs {
     std::string path_;
 };
 
+bool Eventually(const std::function<bool()> &condition) {
+    const auto until = std::chrono::steady_clock::now() + 10s;
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > until)
+            return false;
+        std::this_thread::sleep_for(5ms);
+    }
+    return true;
+}
+
 class Refusals : public testing::Test {
   protected:
     void SetUp() override {
@@ -112,15 +123,6 @@ class Refusals : public testing::Test {
     }
     std::string Address() const { return "127.0.0.1:" + std::to_string(port); }
 
-    static bool Eventually(const std::function<bool()> &condition) {
-        const auto until = std::chrono::steady_clock::now() + 10s;
-        while (!condition()) {
-            if (std::chrono::steady_clock::now() > until)
-                return false;
-            std::this_thread::sleep_for(5ms);
-        }
-        return true;
-    }
     static bool Counted(NodeProcess &node, const std::string &counter) {
         return Eventually([&] { return node.Counter(counter) != 0; });
     }
@@ -342,6 +344,43 @@ TEST_F(Opening, IsForOneLinkAtATime) {
     YSB_Link_Close();
     YSB_Link_Close();
     EXPECT_EQ("opened", Error());
+}
+
+/* Board 3 listens, board 4 connects and is the active one, having the lower name. */
+TEST_F(Opening, BoardsFollowTheLink) {
+    struct Boards {
+        uint32_t type = HA_GetBoardType();
+        uint32_t master = HA_GetMasterBoardID() & 0xFFFF;
+        uint32_t slave = HA_GetSlaveBoardID() & 0xFFFF;
+        uint32_t state = HA_GetState();
+        bool ready = HA_SlaveIsReady() == 0;
+        bool operator==(const Boards &) const = default;
+    };
+    const auto become = [](const Boards &boards) { return Eventually([&] { return Boards() == boards; }); };
+    config.ulBoard = 3;
+    config.ulPeerBoard = 4;
+    config.ulTimeoutMs = 1000;
+    config.ulHeartbeatMs = 100;
+    config.ulTakeoverMs = 2000;
+    const Boards before;
+    EXPECT_EQ(HA_BOARD_MASTER, before.type);
+    EXPECT_EQ(0xFFFFu, before.slave) << "none";
+    ASSERT_EQ(0u, YSB_Link_Open(&config, nullptr, 0));
+    EXPECT_TRUE((Boards() == Boards{HA_BOARD_SLAVE, 4, 3, HA_STATE_ALONE, false})) << "nobody is active yet";
+    YSB_LINK_STATE_S state{};
+    ASSERT_EQ(0u, YSB_Link_GetState(&state));
+    NodeProcess a(pairs.Ours(), "a", "b");
+    ASSERT_TRUE(a.Start("-", "127.0.0.1:" + std::to_string(state.ulPort), 0, 1000));
+    EXPECT_TRUE(become({HA_BOARD_SLAVE, 4, 3, HA_STATE_REALTIME, true})) << "follows";
+    EXPECT_EQ("ok", a.Ask("role 2"));
+    EXPECT_TRUE(become({HA_BOARD_MASTER, 3, 4, HA_STATE_REALTIME, true})) << "leads";
+    EXPECT_EQ("ok", a.Ask("role 1"));
+    EXPECT_TRUE(become({HA_BOARD_SLAVE, 4, 3, HA_STATE_REALTIME, true})) << "follows again";
+    a.Kill();
+    EXPECT_TRUE(become({HA_BOARD_SLAVE, 4, 3, HA_STATE_ALONE, false})) << "has lost its peer";
+    EXPECT_TRUE(become({HA_BOARD_MASTER, 3, 4, HA_STATE_ALONE, false})) << "has taken over";
+    YSB_Link_Close();
+    EXPECT_TRUE((Boards() == Boards{HA_BOARD_MASTER, 3, 0xFFFF, HA_STATE_ALONE, false})) << "no link any more";
 }
 
 /* Stacks for which there is no room in any memory. */

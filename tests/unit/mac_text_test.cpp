@@ -212,6 +212,14 @@ TEST(MacText, FlaggedFormWritesEveryByteInBothCases) {
     });
 }
 
+TEST(MacText, FlaggedFormChoosesItsDigitsAndMeasuresNothing) {
+    for (const uint8_t upper : std::array<uint8_t, 2>{0, 1}) {
+        Room room;
+        (void)SRV_MacAddrToStrPswWithType(SAMPLE.data(), room.text, 1, 1, upper, 1);
+        EXPECT_EQ(0u, kit::Op<QAL_StrLen>().Calls()) << +upper;
+    }
+}
+
 TEST(MacText, FlaggedFormNeedsAddressAndBuffer) {
     Room room;
     EXPECT_EQ(nullptr, SRV_MacAddrToStrPswWithType(nullptr, room.text, 1, 1, 1, 1));

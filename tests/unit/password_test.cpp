@@ -103,6 +103,21 @@ TEST_F(Password, MayHaveAsManyClearCharactersAsTheRecordSays) {
     EXPECT_EQ(1u, kit::Op<PSSP_EncryptSec>().Calls());
 }
 
+TEST_F(Password, ThatIsClearIsAsLongAsTheRecordSays) {
+    HostSays(0);
+    Record longer(std::string(20, 'p'));
+    longer.record.ulInputLen = 16;
+    EXPECT_EQ(0u, longer.Convert());
+    EXPECT_EQ(longer.input, longer.clear);
+    EXPECT_EQ(16u, sealedLength_);
+
+    Record shorter("abc");
+    shorter.record.ulInputLen = 17;
+    EXPECT_EQ(1u, shorter.Convert());
+    EXPECT_TRUE(shorter.ClearIsUntouched());
+    EXPECT_TRUE(shorter.CipherIsUntouched());
+}
+
 TEST_F(Password, MayBeEmpty) {
     HostSays(0);
     Record pwd("");
@@ -188,6 +203,19 @@ TEST_P(PasswordOfOldFormat, IsEncryptedAsLongAsTheClearBufferIsWhenNothingEndsTh
     pwd.record.ulClearSize = 8;
     EXPECT_EQ(0u, pwd.Convert());
     EXPECT_EQ(8u, std::get<1>(kit::Op<PSSP_EncryptSec>().Last()));
+}
+
+TEST_P(PasswordOfOldFormat, IsEncryptedAsAnEmptyTextWithoutReadingAClearBufferOfSizeZero) {
+    HostSays(GetParam());
+    kit::Op<PSSP_DecryptSec>().Returns(0);
+    Record pwd("$old");
+    const GuardedText nothing("", 0);
+    pwd.record.pszClear = nothing.Get();
+    pwd.record.ulClearSize = 0;
+    EXPECT_EQ(0u, pwd.Convert());
+    EXPECT_EQ(1u, kit::Op<PSSP_EncryptSec>().Calls());
+    EXPECT_EQ("", sealedFrom_);
+    EXPECT_EQ(0u, sealedLength_);
 }
 
 INSTANTIATE_TEST_SUITE_P(Formats, PasswordOfOldFormat, testing::Values(8u, 9u));
@@ -283,6 +311,13 @@ TEST_P(PasswordThatIsDecrypted, IsMeasuredBeforeItIsTakenAsClear) {
     EXPECT_EQ(1u, longer.Convert());
     EXPECT_TRUE(longer.ClearIsUntouched());
     EXPECT_TRUE(longer.CipherIsUntouched());
+
+    Record shorter("$cipher");
+    shorter.record.ucAcceptUndecryptable = 1;
+    shorter.record.ulInputLen = 100;
+    EXPECT_EQ(0u, shorter.Convert());
+    EXPECT_STREQ("$cipher", shorter.clear);
+    EXPECT_EQ(100u, sealedLength_);
 }
 
 TEST_P(PasswordThatIsDecrypted, TakenAsClearWithoutRoomIsAnAssertion) {
@@ -423,6 +458,16 @@ TEST_F(ClearPassword, IsDecryptedAllTheSameWhenTheBufferCannotBeCleared) {
     EXPECT_EQ(0u, Get("$cipher", clear, 0x80000000U)); /* beyond what can be cleared at once */
     EXPECT_EQ(ONE_ASSERT, kit::TakeAsserts());
     EXPECT_STREQ("opened", clear);
+}
+
+TEST_F(ClearPassword, IsDecryptedIntoABufferOfSizeZeroToo) {
+    HostSays(10);
+    kit::Op<PSSP_DecryptSec>().Returns(0);
+    const GuardedText nothing("", 0);
+    EXPECT_EQ(0u, Get("$cipher", nothing.Get(), 0));
+    EXPECT_EQ(kit::Sources{}, kit::TakeAsserts());
+    EXPECT_EQ(1u, kit::Op<PSSP_DecryptSec>().Calls());
+    EXPECT_EQ(0u, std::get<3>(kit::Op<PSSP_DecryptSec>().Last()));
 }
 
 /* With the host's own cipher. */

@@ -93,11 +93,12 @@ class PrivateLog : public testing::Test {
 };
 
 TEST_F(PrivateLog, IsOffAtLoadAndWritesNothing) {
-    if (NAC_GetUtilsPvtLogGlobalSwitch() != 0)
-        GTEST_SKIP() << "this process has switched the log on before";
-    NAC_Utils_PvtLog(2, "x");
-    EXPECT_FALSE(fs::exists(kFile));
-    EXPECT_EQ(0u, kit::Op<QAL_SystimeGet>().Calls());
+    kit::InFreshProcess([] {
+        EXPECT_EQ(0u, NAC_GetUtilsPvtLogGlobalSwitch());
+        NAC_Utils_PvtLog(2, "x");
+        EXPECT_FALSE(fs::exists(kFile));
+        EXPECT_EQ(0u, kit::Op<QAL_SystimeGet>().Calls());
+    });
 }
 
 TEST_F(PrivateLog, SwitchingOnGivesTheAddressOfTheSwitch) {
@@ -176,6 +177,7 @@ TEST_F(PrivateLog, AMessageOf511CharactersIsWrittenWhole) {
 TEST_F(PrivateLog, ALongerMessageIsDroppedNotCut) {
     SwitchOn();
     NAC_Utils_PvtLog(2, "%s", std::string(512, 'm').c_str());
+    EXPECT_EQ(1u, kit::Op<QAL_SystimeGet>().Calls()) << "the time is asked for before the message is made";
     NAC_Utils_PvtLog(2, "%s", std::string(100000, 'm').c_str());
     EXPECT_FALSE(fs::exists(kFile));
     NAC_Utils_PvtLog(2, "short");

@@ -267,8 +267,12 @@ TEST(YangIpv6, IsUntouchedByABadText) {
 }
 
 TEST(YangIpv6, HasAtMostSixtyThreeCharacters) {
-    const Tree tree("<r><a64>" + std::string(64, '1') + "</a64></r>");
-    Ipv6 address{7};
+    const std::string longest = "1:2:3:4:5:6:7:" + std::string(48, '0') + "8";
+    const Tree tree("<r><a63>" + longest + "</a63><a64>0" + longest + "</a64></r>");
+    Ipv6 address{};
+    EXPECT_EQ(0u, NAC_YANG_XmlGetIpv6(tree, "a63", address.data()));
+    EXPECT_EQ((Ipv6{0, 1, 0, 2, 0, 3, 0, 4, 0, 5, 0, 6, 0, 7, 0, 8}), address);
+    address = Ipv6{7};
     EXPECT_EQ(1u, NAC_YANG_XmlGetIpv6(tree, "a64", address.data()));
     EXPECT_EQ(Ipv6{7}, address);
 }

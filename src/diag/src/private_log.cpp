@@ -16,12 +16,12 @@ static_assert(LINE_SIZE > TIME_SIZE + MESSAGE_SIZE + sizeof("[][NACUTILS][]\r\n"
 static uint32_t g_nacUtilsPvLogSupport;
 
 uint32_t *NAC_SetUtilsPvtLogGlobalSwitch(void) {
-    g_nacUtilsPvLogSupport = 1;
+    __atomic_store_n(&g_nacUtilsPvLogSupport, 1, __ATOMIC_RELAXED);
     return &g_nacUtilsPvLogSupport;
 }
 
 uint32_t NAC_GetUtilsPvtLogGlobalSwitch(void) {
-    return g_nacUtilsPvLogSupport;
+    return __atomic_load_n(&g_nacUtilsPvLogSupport, __ATOMIC_RELAXED);
 }
 
 uint32_t NAC_Utils_GetPvLogTime(char *pszBuffer, uint32_t ulSize) {
@@ -55,7 +55,7 @@ static void WriteEntry(const char *pszFormat, va_list args) {
 
 /* The level must equal 2. The library's own modules log at 0 and 1, so their lines are not written: intended. */
 void NAC_Utils_PvtLog(uint32_t ulLevel, const char *pszFormat, ...) {
-    if (ulLevel != NAC_PVTLOG_ERROR || g_nacUtilsPvLogSupport == 0)
+    if (ulLevel != NAC_PVTLOG_ERROR || NAC_GetUtilsPvtLogGlobalSwitch() == 0)
         return;
     va_list args;
     va_start(args, pszFormat);

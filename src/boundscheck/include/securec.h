@@ -87,7 +87,8 @@ int vsnprintf_truncated_s(char *dest, size_t destMax, const char *format, va_lis
 /* Reads items from a text as sscanf does, except that %s, %c and %[ take an unsigned int behind the pointer: the room
  * in bytes. Returns the number of items assigned; -1 for an empty text, a null argument or a text that ends before the
  * first item; 0 when the first item does not match. An item that its room cannot hold ends the scan with its first byte
- * set to 0. A number outside its type's range is cut to the type, never reported. Wide characters are not read. */
+ * set to 0. A number outside its type's range is cut to the type, never reported. Wide characters are not read.
+ * Fractions are read with '.' and right in locales that write them so. */
 int sscanf_s(const char *buffer, const char *format, ...);
 int vsscanf_s(const char *buffer, const char *format, va_list arguments);
 

@@ -100,8 +100,9 @@ static void OnElement(void *pParser, const xmlChar *, const xmlChar *, const xml
     Stop(pParser);
 }
 
-/* The parser itself reads the declarations in lLength bytes, up to the first wild one: whoever reads them otherwise is fooled some day.
- * It has to recover from errors, for without that it goes on reading after one but says no more what it reads. */
+/* The parser itself reads the declarations in lLength bytes, up to the first wild one: whoever reads them otherwise is
+ * fooled some day. It has to recover from errors, for without that it goes on reading after one but says no more what it
+ * reads. */
 static bool IsPrologTame(const char *pszXml, int lLength) {
     xmlParserCtxt *pstParser = xmlNewParserCtxt();
     if (pstParser == nullptr)

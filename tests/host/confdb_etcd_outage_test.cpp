@@ -46,7 +46,7 @@ TEST_F(ConfdbEtcd, TheNodeInUseIsKilledAndNothingIsMissedOrToldTwice) {
     ASSERT_TRUE(watch.UntilValue("t/k", "0"));
     watch.events.clear();
     std::thread writer = Count(etcd.Endpoint({1, 2, 0}), last, 5ms);
-    EXPECT_TRUE(watch.Until([&] { return static_cast<int>(watch.events.size()) > last / 3; }));
+    EXPECT_TRUE(watch.Until([&] { return static_cast<int>(watch.events.size()) > last / 3; }, 60s));
     etcd.Kill(0);
     const bool all = watch.UntilValue("t/k", std::to_string(last), 60s);
     writer.join();

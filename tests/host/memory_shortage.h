@@ -60,20 +60,53 @@ class Exempt {
     bool was_short_;
 };
 
-} // namespace memory_shortage
+/* Null when memory is short. */
+inline void *Take(std::size_t size) noexcept {
+    void *block = IsRefused() ? nullptr : std::malloc(size == 0 ? 1 : size);
+    if (block != nullptr)
+        g_taken += size;
+    return block;
+}
 
-void *operator new(std::size_t size) {
-    void *block = memory_shortage::IsRefused() ? nullptr : std::malloc(size == 0 ? 1 : size);
+inline void *TakeOrThrow(std::size_t size) {
+    void *block = Take(size);
     if (block == nullptr)
         throw std::bad_alloc();
-    memory_shortage::g_taken += size;
     return block;
+}
+
+} // namespace memory_shortage
+
+/* All of them: those of a sanitizer do not go through each other, and do not mix with these. */
+
+void *operator new(std::size_t size) {
+    return memory_shortage::TakeOrThrow(size);
+}
+
+void *operator new[](std::size_t size) {
+    return memory_shortage::TakeOrThrow(size);
+}
+
+void *operator new(std::size_t size, const std::nothrow_t &) noexcept {
+    return memory_shortage::Take(size);
+}
+
+void *operator new[](std::size_t size, const std::nothrow_t &) noexcept {
+    return memory_shortage::Take(size);
 }
 
 void operator delete(void *block) noexcept {
     std::free(block);
 }
 
+void operator delete[](void *block) noexcept {
+    std::free(block);
+}
+
 void operator delete(void *block, std::size_t) noexcept {
+    std::free(block);
+}
+
+void operator delete[](void *block, std::size_t) noexcept {
     std::free(block);
 }

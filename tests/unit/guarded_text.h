@@ -1,4 +1,4 @@
-/* Bytes that end where a page without access begins: whoever reads behind them gets SIGSEGV. */
+/* Bytes that end where a page without access begins, or begin where one ends: whoever reads beyond gets SIGSEGV. */
 #ifndef UVEL_TESTS_UNIT_GUARDED_TEXT_H
 #define UVEL_TESTS_UNIT_GUARDED_TEXT_H
 
@@ -15,16 +15,16 @@ class GuardedRoom {
     explicit GuardedRoom(std::size_t size) {
         const std::size_t page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
         room_ = (size + page - 1) / page * page;
-        mapped_ = room_ + page;
-        void *area = mmap(nullptr, mapped_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        mapped_ = room_ + 2 * page;
+        void *area = mmap(nullptr, mapped_, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
         if (area == MAP_FAILED)
             throw std::runtime_error("no memory for a guarded text");
-        area_ = static_cast<char *>(area);
-        if (mprotect(area_ + room_, page, PROT_NONE) != 0)
-            throw std::runtime_error("no guard page");
+        area_ = static_cast<char *>(area) + page;
+        if (mprotect(area_, room_, PROT_READ | PROT_WRITE) != 0)
+            throw std::runtime_error("no room between guard pages");
     }
 
-    ~GuardedRoom() { munmap(area_, mapped_); }
+    ~GuardedRoom() { munmap(area_ - (mapped_ - room_) / 2, mapped_); }
     GuardedRoom(const GuardedRoom &) = delete;
     GuardedRoom &operator=(const GuardedRoom &) = delete;
 
@@ -39,6 +39,13 @@ class GuardedRoom {
 
     /* The text with its terminator. */
     char *Put(const std::string &text) { return Put(text.c_str(), text.size() + 1); }
+
+    /* The same, with the page without access in front of it. */
+    char *PutFirst(const std::string &text) {
+        if (text.size() >= room_)
+            throw std::runtime_error("the guarded room is too small");
+        return std::strcpy(area_, text.c_str());
+    }
 
   private:
     std::size_t room_;

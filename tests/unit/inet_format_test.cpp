@@ -79,6 +79,12 @@ TEST(InetNtop4, WritesEveryValueInEveryPart) {
     }
 }
 
+TEST(InetNtop4, ReadsNoByteBehindTheAddress) {
+    const GuardedText packed("\x0A\x01\x02\x03", 4);
+    char text[16];
+    EXPECT_STREQ("10.1.2.3", kivo_inet_ntop4(reinterpret_cast<const uint8_t *>(packed.Get()), text, sizeof text));
+}
+
 TEST(InetNtop4, RoomBelow16IsRefusedHoweverShortTheText) {
     const Packed4 zero{};
     for (uint32_t size = 0; size < 16; ++size) {
@@ -186,6 +192,12 @@ TEST(InetNtop6, IsTheCLibrarysTextInUpperCaseAndReadsBackAsItWas) {
         ASSERT_EQ(1, kivo_inet_pton6(text.c_str(), back.data())) << text << ", seed " << SEED;
         ASSERT_EQ(packed, back) << text << ", seed " << SEED;
     }
+}
+
+TEST(InetNtop6, ReadsNoByteBehindTheAddress) {
+    const GuardedText packed("\x20\x01\x0D\xB8\0\0\0\0\0\0\0\0\0\0\0\x01", 16);
+    char text[46];
+    EXPECT_STREQ("2001:DB8::1", kivo_inet_ntop6(reinterpret_cast<const uint8_t *>(packed.Get()), text, sizeof text));
 }
 
 TEST(InetNtop6, NeedsRoomForTheTextAndItsTerminator) {

@@ -172,6 +172,12 @@ TEST(InetPton4, ReadsNoByteBehindTheTerminator) {
     }
 }
 
+TEST(InetPton4, ReadsNoByteBeforeTheText) {
+    GuardedRoom room(64);
+    for (const std::string text : {"", ".", "1", "1.2.3.4", "12.3.4.5", "123.4.5.6", "256.1.1.1", "x"})
+        EXPECT_EQ(As(inet_reference::Read4(text)), Pton4(room.PutFirst(text))) << text;
+}
+
 TEST(InetPton4, AMissingOutputIsReportedAndTheResultStays) {
     EXPECT_EQ(1, kivo_inet_pton4("1.2.3.4", nullptr));
     EXPECT_EQ(kAssert, kit::TakeAsserts());

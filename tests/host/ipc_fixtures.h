@@ -171,7 +171,7 @@ class Mailbox {
     };
 
     static State &The() {
-        static State state;
+        static State &state = *new State; /* not destroyed: mail may come while the process ends */
         return state;
     }
 };

@@ -19,6 +19,10 @@ SOURCES = {
     "xmlReadMemory", "xmlCtxtReadMemory", "xmlNewParserCtxt", "xmlCopyNode", "xmlNodeGetContent",
 }  # fmt: skip
 
+# All that they are told of goes out at once, but a compiler that does not see through their tables of events leaves the
+# road to the queue in their code.
+AT_ONCE = {"KIVO_Adapt_BdEvtCB", "KIVO_Adapt_IPEvtCB"}
+
 
 def output_of(*command: str) -> str:
     return subprocess.run(command, check=True, capture_output=True, text=True).stdout
@@ -59,7 +63,7 @@ def main() -> int:
     library, program = sys.argv[1:3]
     reached = reaching(calls_of(library), SOURCES)
     exported = symbols_of(library, "--defined-only")
-    wanted = sorted(exported & reached)
+    wanted = sorted((exported & reached) - AT_ONCE)
     missing = [name for name in wanted if name not in symbols_of(program, "--undefined-only")]
     for name in missing:
         print(f"{name} can allocate, and no scenario calls it")
